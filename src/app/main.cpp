@@ -1,0 +1,19 @@
+#include "ui/PropertyListWindow.h"
+
+#include <QApplication>
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Orvane"));
+    QApplication::setOrganizationDomain(QStringLiteral("orvane.org"));
+
+    const QStringList paths = app.arguments().mid(1);
+    if (paths.isEmpty()) {
+        auto *window = new PropertyListWindow;
+        window->show();
+    } else if (PropertyListWindow::openFiles(paths).isEmpty()) {
+        return 1; // every file failed, and each has had its dialog
+    }
+    return QApplication::exec();
+}

@@ -1,0 +1,145 @@
+#include "PlistTool.h"
+
+#include "platform/PropertyListSerialization.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+namespace {
+
+const char kUsage[] =
+    "usage: orvane-plist lint FILE...\n"
+    "       orvane-plist convert xml1|binary1 [-o OUT] FILE\n"
+    "       orvane-plist print FILE...\n"
+    "\n"
+    "lint     checks that each file is a property list (XML, binary or old-style text)\n"
+    "convert  writes the file's value in another format; OUT defaults to FILE itself,\n"
+    "         '-o -' writes to standard output; nothing is replaced on error\n"
+    "print    prints the value's description text\n";
+
+// Writes bytes to a file atomically: the old file stays as it was unless the
+// whole new content reached the disk.
+QString writeAtomically(const QString &path, const QByteArray &bytes)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return file.errorString();
+    if (file.write(bytes) != bytes.size())
+        return file.errorString();
+    if (!file.commit())
+        return file.errorString();
+    return QString();
+}
+
+} // namespace
+
+PlistTool::PlistTool(QTextStream &out, QTextStream &err) : m_out(out), m_err(err) {}
+
+int PlistTool::run(const QStringList &arguments)
+{
+    if (arguments.isEmpty())
+        return usage(QString());
+    const QString command = arguments.first();
+    const QStringList rest = arguments.mid(1);
+    if (command == QLatin1String("lint"))
+        return lint(rest);
+    if (command == QLatin1String("convert"))
+        return convert(rest);
+    if (command == QLatin1String("print"))
+        return print(rest);
+    if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {
+        m_out << kUsage;
+        return 0;
+    }
+    return usage(QStringLiteral("unknown command '%1'").arg(command));
+}
+
+int PlistTool::usage(const QString &problem)
+{
+    if (!problem.isEmpty())
+        m_err << "orvane-plist: " << problem << '\n';
+    m_err << kUsage;
+    return 2;
+}
+
+int PlistTool::lint(const QStringList &files)
+{
+    if (files.isEmpty())
+        return usage(QStringLiteral("lint needs at least one file"));
+    int status = 0;
+    for (const QString &path : files) {
+        const auto result = PropertyListSerialization::readFile(path);
+        if (result) {
+            m_out << path << ": OK\n";
+        } else {
+            m_out << path << ": " << result.errorText() << '\n';
+            status = 1;
+        }
+    }
+    return status;
+}
+
+int PlistTool::convert(const QStringList &arguments)
+{
+    if (arguments.isEmpty())
+        return usage(QStringLiteral("convert needs a format"));
+    const PropertyListCodec *codec = PropertyListSerialization::codecNamed(arguments.first().toLatin1());
+    if (!codec || !codec->write)
+        return usage(QStringLiteral("cannot write the format '%1' (use xml1 or binary1)").arg(arguments.first()));
+
+    QString output;
+    QStringList inputs;
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        if (arguments.at(i) == QLatin1String("-o")) {
+            if (++i >= arguments.size())
+                return usage(QStringLiteral("-o needs a file name"));
+            output = arguments.at(i);
+        } else {
+            inputs << arguments.at(i);
+        }
+    }
+    if (inputs.size() != 1)
+        return usage(QStringLiteral("convert takes exactly one file"));
+    const QString &input = inputs.first();
+    if (output.isEmpty())
+        output = input;
+
+    const auto result = PropertyListSerialization::readFile(input);
+    if (!result) {
+        m_err << input << ": " << result.errorText() << '\n';
+        return 1;
+    }
+    const QByteArray bytes = codec->write(result.value.value);
+    if (output == QLatin1String("-")) {
+        m_out.flush();
+        QFile standardOutput;
+        if (!standardOutput.open(stdout, QIODevice::WriteOnly) || standardOutput.write(bytes) != bytes.size()) {
+            m_err << "orvane-plist: cannot write to standard output\n";
+            return 1;
+        }
+        return 0;
+    }
+    const QString failure = writeAtomically(output, bytes);
+    if (!failure.isEmpty()) {
+        m_err << output << ": " << failure << '\n';
+        return 1;
+    }
+    return 0;
+}
+
+int PlistTool::print(const QStringList &files)
+{
+    if (files.isEmpty())
+        return usage(QStringLiteral("print needs a file"));
+    int status = 0;
+    for (const QString &path : files) {
+        const auto result = PropertyListSerialization::readFile(path);
+        if (!result) {
+            m_err << path << ": " << result.errorText() << '\n';
+            status = 1;
+            continue;
+        }
+        m_out << result.value.value.description() << '\n';
+    }
+    return status;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QStringList>
+#include <QTextStream>
+
+// orvane-plist: lint, convert and print property-list files from the command
+// line (Linux has no plutil). The commands write to the given streams so tests
+// can run them in-process; run() answers the process exit status.
+class PlistTool {
+public:
+    PlistTool(QTextStream &out, QTextStream &err);
+
+    // arguments without the program name, e.g. {"lint", "a.plist"}
+    int run(const QStringList &arguments);
+
+private:
+    int lint(const QStringList &files);
+    int convert(const QStringList &arguments);
+    int print(const QStringList &files);
+    int usage(const QString &problem);
+
+    QTextStream &m_out;
+    QTextStream &m_err;
+};

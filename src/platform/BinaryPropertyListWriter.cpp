@@ -1,0 +1,3 @@
+#include "BinaryPropertyListWriter.h"
+
+QByteArray BinaryPropertyListWriter::write(const PropertyList &) { return QByteArray(); }

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "PropertyList.h"
+#include "ReadResult.h"
+
+#include <QByteArrayView>
+
+// Reads old-style OpenStep text (format 1) property lists from untrusted bytes.
+class OpenStepPropertyListReader {
+public:
+    // True when the bytes look like this format (a cheap check of the first bytes).
+    static bool sniff(QByteArrayView bytes);
+    static ReadResult<PropertyList> read(const QByteArray &bytes);
+};

@@ -1,0 +1,94 @@
+#include "PropertyListSerialization.h"
+
+#include "BinaryPropertyListReader.h"
+#include "BinaryPropertyListWriter.h"
+#include "OpenStepPropertyListReader.h"
+#include "XmlPropertyListReader.h"
+#include "XmlPropertyListWriter.h"
+
+#include <QFile>
+
+const QList<PropertyListCodec> &PropertyListSerialization::codecs()
+{
+    // Binary first: its magic is unambiguous. XML's sniff only says "looks like
+    // markup"; read() falls back to old-style text when that guess fails.
+    static const QList<PropertyListCodec> registry = {
+        {PropertyListFormat::Binary, "binary1", &BinaryPropertyListReader::sniff,
+         &BinaryPropertyListReader::read, &BinaryPropertyListWriter::write},
+        {PropertyListFormat::Xml, "xml1", &XmlPropertyListReader::sniff,
+         &XmlPropertyListReader::read, &XmlPropertyListWriter::write},
+        // Old-style text has no magic and is never written (the platform refuses to).
+        {PropertyListFormat::OpenStep, "openstep1", &OpenStepPropertyListReader::sniff,
+         &OpenStepPropertyListReader::read, nullptr},
+    };
+    return registry;
+}
+
+const PropertyListCodec *PropertyListSerialization::codec(PropertyListFormat format)
+{
+    for (const PropertyListCodec &c : codecs()) {
+        if (c.format == format)
+            return &c;
+    }
+    return nullptr;
+}
+
+const PropertyListCodec *PropertyListSerialization::codecNamed(QByteArrayView name)
+{
+    for (const PropertyListCodec &c : codecs()) {
+        if (name == QByteArrayView(c.name))
+            return &c;
+    }
+    return nullptr;
+}
+
+ReadResult<PropertyListFile> PropertyListSerialization::read(const QByteArray &bytes)
+{
+    using Result = ReadResult<PropertyListFile>;
+    if (bytes.isEmpty())
+        return Result::failure(ReadStatus::Empty, {0}, QStringLiteral("The file is empty"));
+
+    const PropertyListCodec *openStep = codec(PropertyListFormat::OpenStep);
+    for (const PropertyListCodec &c : codecs()) {
+        if (c.format == PropertyListFormat::OpenStep || !c.sniff(bytes))
+            continue;
+        ReadResult<PropertyList> attempt = c.read(bytes);
+        if (attempt)
+            return Result::success({attempt.value, c.format});
+        if (c.format == PropertyListFormat::Xml && openStep) {
+            ReadResult<PropertyList> fallback = openStep->read(bytes);
+            if (fallback)
+                return Result::success({fallback.value, PropertyListFormat::OpenStep});
+        }
+        return Result::failure(attempt);
+    }
+    if (openStep) {
+        ReadResult<PropertyList> attempt = openStep->read(bytes);
+        if (attempt)
+            return Result::success({attempt.value, PropertyListFormat::OpenStep});
+        return Result::failure(attempt);
+    }
+    return Result::failure(ReadStatus::BadHeader, {0},
+                           QStringLiteral("Not a property list: neither binary nor XML"));
+}
+
+ReadResult<PropertyListFile> PropertyListSerialization::readFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return ReadResult<PropertyListFile>::failure(ReadStatus::CannotOpen, {},
+                                                     QStringLiteral("Cannot open the file: %1").arg(file.errorString()));
+    return read(file.readAll());
+}
+
+bool PropertyListSerialization::canWrite(PropertyListFormat format)
+{
+    const PropertyListCodec *c = codec(format);
+    return c && c->write;
+}
+
+QByteArray PropertyListSerialization::write(const PropertyList &value, PropertyListFormat format)
+{
+    const PropertyListCodec *c = codec(format);
+    return c && c->write ? c->write(value) : QByteArray();
+}
