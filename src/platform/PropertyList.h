@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMetaType>
 #include <QSharedDataPointer>
 #include <QString>
 #include <QStringList>
@@ -154,3 +155,5 @@ private:
 };
 
 static_assert(sizeof(PropertyList) <= 40, "a value is a variant of shared handles and stays small");
+
+Q_DECLARE_METATYPE(PropertyList)

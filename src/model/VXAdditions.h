@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QByteArray>
+#include <QChar>
+#include <QString>
+
+#include <optional>
+
+// A colour as the application stores it in preferences: calibrated RGB with
+// alpha, each component nominally 0…1. The core links only QtCore, so this is
+// a plain value; converting to and from QColor is the GUI library's job.
+struct CalibratedColor {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 1;
+
+    bool operator==(const CalibratedColor &other) const = default;
+};
+
+// The application's own string and colour helpers. These are the product's
+// definitions (not the platform's NSString readings in StringReadings): its
+// preference values, path handling and the search field's query language.
+namespace VXAdditions {
+
+// True for exactly "YES", "yes", "TRUE" or "true" (as translated), or when the
+// leading integer is positive; so "Yes" and "True" are false and "2" is true.
+bool boolValue(const QString &text);
+// Whether text starts with prefix, case-sensitively; false for an empty prefix.
+bool beginsWithString(const QString &text, const QString &prefix);
+// What follows the first occurrence of base in text, one more unit dropped when
+// removeSlash is set; nothing when base is empty, absent or not shorter than text.
+std::optional<QString> subPathFromBase(const QString &text, const QString &base, bool removeSlash);
+// The search field's match: plain text ignoring case; "#" makes it exact, "!"
+// negates, "#!" or "!#" do both. An empty query matches nothing.
+bool containsString(const QString &text, const QString &query);
+// The last UTF-16 unit; text must not be empty.
+QChar lastCharacter(const QString &text);
+// The bytes as UTF-8 text; nothing when they are not valid UTF-8.
+std::optional<QString> stringWithData(const QByteArray &bytes);
+// "r g b a", each "%f" in the C locale.
+QString stringFromColor(const CalibratedColor &color);
+// The reverse of stringFromColor; opaque black unless there are exactly four
+// blank-separated parts.
+CalibratedColor colorFromString(const QString &text);
+
+} // namespace VXAdditions
