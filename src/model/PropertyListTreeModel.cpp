@@ -116,6 +116,16 @@ QString PropertyListTreeModel::className(const PropertyList &value)
     return QString();
 }
 
+namespace {
+
+QString itemCount(qsizetype count)
+{
+    return count == 1 ? PropertyListTreeModel::tr(" (1 item)")
+                      : PropertyListTreeModel::tr(" (%1 items)").arg(count);
+}
+
+} // namespace
+
 QString PropertyListTreeModel::displayValue(const PropertyList &value)
 {
     switch (value.type()) {
@@ -124,9 +134,9 @@ QString PropertyListTreeModel::displayValue(const PropertyList &value)
     case PropertyList::Type::Boolean:
         return value.toBool() ? tr("true") : tr("false");
     case PropertyList::Type::Array:
-        return tr("an array (%n item(s))", nullptr, static_cast<int>(value.arrayRef().size()));
+        return tr("an array") + itemCount(value.arrayRef().size());
     case PropertyList::Type::Dictionary:
-        return tr("a dictionary (%n item(s))", nullptr, static_cast<int>(value.dictionaryRef().size()));
+        return tr("a dictionary") + itemCount(value.dictionaryRef().size());
     default:
         return value.description();
     }

@@ -1,9 +1,11 @@
 // The node archive carries copied entries between windows and processes, so it
 // must give back exactly what went in, and refuse anything else with a reason.
+#include "Corpus.h"
 #include "TestRegistry.h"
 
 #include "platform/SequentialArchive.h"
 
+#include <QFile>
 #include <QTest>
 
 #include <limits>
@@ -63,6 +65,7 @@ private slots:
     void malformed_data();
     void malformed();
     void deepNestingIsRefused();
+    void archivesOfThisVersionStillRead();
 };
 
 void SequentialArchiveTest::nodesRoundTrip()
@@ -147,6 +150,22 @@ void SequentialArchiveTest::deepNestingIsRefused()
     bytes += QByteArray("\4\1", 2);
     SequentialArchiveReader reader(bytes);
     QCOMPARE(reader.decodeObject().status, ReadStatus::TooDeep);
+}
+
+void SequentialArchiveTest::archivesOfThisVersionStillRead()
+{
+    // Bytes written by version 1 and kept in tests/data (they also seed the fuzzer):
+    // a change of the encoding that breaks them breaks pasting between builds.
+    QFile file(Corpus::testDataPath(QStringLiteral("archive/two-leaves.ovsa")));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const auto read = SequentialArchiveReader::readNodes(file.readAll());
+    QVERIFY2(read.ok(), qPrintable(read.errorText()));
+    QCOMPARE(read.value.size(), 2);
+    QList<ArchivedNode> expected{leaf(QStringLiteral("Greeting"), PropertyList(QStringLiteral("Hello")), 0),
+                                 leaf(QStringLiteral("Count"), PropertyList::integer(42, 'q'), 2)};
+    expected[0].displayValue = QStringLiteral("Greeting");
+    expected[1].displayValue = QStringLiteral("Count");
+    QCOMPARE(read.value, expected);
 }
 
 ORVANE_TEST(SequentialArchiveTest)
