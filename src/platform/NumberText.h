@@ -11,4 +11,11 @@ namespace NumberText {
 // %.7g for floats, %.17g in XML.
 QString formatGeneral(double value, int precision);
 
+// strtod in the C locale, whatever the process locale is: the platform's
+// readers and the file formats always use a decimal point.
+double strtodC(const char *text, char **end);
+
+// The value of an ASCII digit in the given base (up to 16, either case), or -1.
+int digitValue(char16_t unit, int base);
+
 } // namespace NumberText

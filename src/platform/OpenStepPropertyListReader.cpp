@@ -1,4 +1,5 @@
 #include "OpenStepPropertyListReader.h"
+#include "NumberText.h"
 
 #include "PropertyListSerialization.h"
 #include "StringReadings.h"
@@ -7,7 +8,6 @@
 #include <array>
 #include <cstdlib>
 #include <limits>
-#include <locale.h>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,17 +49,6 @@ bool isDataSpace(char16_t unit)
 {
     return unit == u' ' || unit == u'\t' || unit == u'\r' || unit == u'\n' || unit == 0x2028 ||
            unit == 0x2029;
-}
-
-int hexValue(char16_t unit)
-{
-    if (unit >= u'0' && unit <= u'9')
-        return unit - u'0';
-    if (unit >= u'a' && unit <= u'f')
-        return unit - u'a' + 10;
-    if (unit >= u'A' && unit <= u'F')
-        return unit - u'A' + 10;
-    return -1;
 }
 
 // NeXTSTEP Latin, the byte encoding of octal escapes, from 0x80 up; the lower
@@ -118,14 +107,6 @@ std::optional<PropertyList> typedInteger(QStringView text)
     return PropertyList::integerFromFile(static_cast<qint64>(magnitude));
 }
 
-// The C locale, made once: QCoreApplication adopts the user's locale, under
-// which a plain strtod would stop at the point of "3.14".
-locale_t cLocale()
-{
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
-    return locale;
-}
-
 // GNUstep reads reals with strtod; the whole text must be the number.
 std::optional<PropertyList> typedReal(QStringView text)
 {
@@ -139,7 +120,7 @@ std::optional<PropertyList> typedReal(QStringView text)
     if (ascii.empty())
         return std::nullopt;
     char *end = nullptr;
-    const double value = strtod_l(ascii.c_str(), &end, cLocale());
+    const double value = NumberText::strtodC(ascii.c_str(), &end);
     if (end != ascii.c_str() + ascii.size())
         return std::nullopt;
     return PropertyList::real(value);
@@ -436,8 +417,8 @@ std::optional<char16_t> Parser::hexUnit()
 {
     const qsizetype digitsStart = ++m_pos;
     int unit = 0;
-    while (m_pos - digitsStart < 4 && !atEnd() && hexValue(current()) >= 0)
-        unit = unit * 16 + hexValue(m_text[m_pos++].unicode());
+    while (m_pos - digitsStart < 4 && !atEnd() && NumberText::digitValue(current(), 16) >= 0)
+        unit = unit * 16 + NumberText::digitValue(m_text[m_pos++].unicode(), 16);
     if (m_pos == digitsStart)
         return std::nullopt;
     return static_cast<char16_t>(unit);
@@ -579,14 +560,14 @@ bool Parser::parseHexData(PropertyList &out)
             ++m_pos;
             continue;
         }
-        const int high = hexValue(unit);
+        const int high = NumberText::digitValue(unit, 16);
         if (high < 0)
             return fail(ReadStatus::Syntax, m_pos,
                         QStringLiteral("Invalid character %1 in data").arg(describeUnit(unit)));
         const char16_t second = unitAt(m_pos + 1);
         if (m_pos + 1 == close || isDataSpace(second))
             return fail(ReadStatus::BadValue, m_pos, QStringLiteral("Hex digits in data must come in pairs"));
-        const int low = hexValue(second);
+        const int low = NumberText::digitValue(second, 16);
         if (low < 0)
             return fail(ReadStatus::Syntax, m_pos + 1,
                         QStringLiteral("Invalid character %1 in data").arg(describeUnit(second)));

@@ -1,11 +1,12 @@
 #include "StringReadings.h"
 
+#include "NumberText.h"
+
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
-#include <locale.h>
 #include <string>
 
 namespace {
@@ -47,14 +48,6 @@ std::string numberRun(const QString &text)
         run.push_back(static_cast<char>(unit));
     }
     return run;
-}
-
-// The C locale, made once. QCoreApplication adopts the user's locale for the
-// process, so a plain strtod would read "1.5" as 1 under a decimal comma.
-locale_t cLocale()
-{
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
-    return locale;
 }
 
 // Reads exactly N ASCII digits at index; -1 when any of them is not a digit.
@@ -167,7 +160,7 @@ double doubleValue(const QString &text)
     // strtod_l stops at the first character that does not continue a number
     // ("3-4" reads 3, "1e" reads 1), answers 0 when it accepts nothing, and
     // ±HUGE_VAL (infinity) on overflow: the platform's results exactly.
-    return strtod_l(run.c_str(), nullptr, cLocale());
+    return NumberText::strtodC(run.c_str(), nullptr);
 }
 
 float floatValue(const QString &text)

@@ -1,4 +1,5 @@
 #include "XmlPropertyListReader.h"
+#include "NumberText.h"
 
 #include "PropertyListSerialization.h"
 #include "XmlText.h"
@@ -34,19 +35,6 @@ QString quoted(QStringView text)
     if (text.size() > kShown)
         out += QChar(0x2026); // an ellipsis
     return out + u'"';
-}
-
-int digitValue(QChar c, int base)
-{
-    const char16_t u = c.unicode();
-    int value = 99;
-    if (u >= u'0' && u <= u'9')
-        value = u - u'0';
-    else if (u >= u'a' && u <= u'f')
-        value = u - u'a' + 10;
-    else if (u >= u'A' && u <= u'F')
-        value = u - u'A' + 10;
-    return value < base ? value : -1;
 }
 
 // Older systems wrote the keyed archiver's object references as {CF$UID = n};
@@ -429,7 +417,7 @@ bool Parser::appendCharacterReference(QStringView reference, qsizetype at, QStri
     const QStringView digits = hex ? reference.sliced(1) : reference;
     char32_t code = 0;
     for (const QChar c : digits) {
-        const int digit = digitValue(c, hex ? 16 : 10);
+        const int digit = NumberText::digitValue(c.unicode(), hex ? 16 : 10);
         if (digit < 0)
             return fail(ReadStatus::Syntax, at, QStringLiteral("Malformed character reference &#%1;").arg(reference));
         code = qMin<char32_t>(code * (hex ? 16 : 10) + char32_t(digit), 0x110000); // saturate past Unicode

@@ -1,9 +1,9 @@
 #include "XmlValueText.h"
+#include "NumberText.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <locale.h>
 
 namespace {
 
@@ -27,19 +27,6 @@ void report(XmlValueText::Problem *problem, XmlValueText::Problem what)
 {
     if (problem)
         *problem = what;
-}
-
-int digitValue(QChar c, int base)
-{
-    const char16_t u = c.unicode();
-    int value = 99;
-    if (u >= u'0' && u <= u'9')
-        value = u - u'0';
-    else if (u >= u'a' && u <= u'f')
-        value = u - u'a' + 10;
-    else if (u >= u'A' && u <= u'F')
-        value = u - u'A' + 10;
-    return value < base ? value : -1;
 }
 
 // True when text is a decimal floating-point number as strtod reads it, without
@@ -154,7 +141,7 @@ std::optional<PropertyList> XmlValueText::integer(QStringView content, Problem *
     quint64 magnitude = 0;
     bool overflow = false;
     for (; at < text.size(); ++at) {
-        const int digit = digitValue(text[at], base);
+        const int digit = NumberText::digitValue(text[at].unicode(), base);
         if (digit < 0) {
             report(problem, Problem::Malformed);
             return std::nullopt;
@@ -191,10 +178,9 @@ std::optional<double> XmlValueText::real(QStringView content)
         return -kInfinity;
     if (!isDecimalReal(text))
         return std::nullopt;
-    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
     const QByteArray ascii = text.toLatin1(); // isDecimalReal let only ASCII through
     // Out of range gives ±infinity or ±0, as strtod's callers on the platform get.
-    return strtod_l(ascii.constData(), nullptr, cLocale);
+    return NumberText::strtodC(ascii.constData(), nullptr);
 }
 
 // Standard base64 with every other character skipped, as the platform reads

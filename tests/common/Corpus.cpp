@@ -36,4 +36,16 @@ QString testDataPath(const QString &name)
     return QStringLiteral(ORVANE_SOURCE_DIR "/tests/data/") + name;
 }
 
+QHash<QString, QString> malformedExpectations()
+{
+    QHash<QString, QString> expected;
+    const QList<QByteArray> lines = readAll(root() + QStringLiteral("/malformed-expectations.tsv")).split('\n');
+    for (const QByteArray &line : lines.mid(1)) { // the first line names the columns
+        const QList<QByteArray> fields = line.split('\t');
+        if (fields.size() >= 2)
+            expected.insert(QString::fromUtf8(fields.at(0)), QString::fromUtf8(fields.at(1)));
+    }
+    return expected;
+}
+
 } // namespace Corpus

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDir>
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -15,6 +16,8 @@ QString root();
 QStringList files(const QString &subFolder);
 QByteArray readAll(const QString &path);
 QString testDataPath(const QString &name);
+// malformed-expectations.tsv: each malformed file's name with its expected outcome.
+QHash<QString, QString> malformedExpectations();
 
 } // namespace Corpus
 

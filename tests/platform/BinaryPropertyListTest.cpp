@@ -87,8 +87,6 @@ private slots:
     void corpusRoundTrip();
     void corpusPlatformBytes_data();
     void corpusPlatformBytes();
-    void corpusMalformed_data();
-    void corpusMalformed();
 };
 
 void BinaryPropertyListTest::brokenInput_data()
@@ -325,38 +323,6 @@ void BinaryPropertyListTest::corpusPlatformBytes()
     const ReadResult<PropertyList> result = BinaryPropertyListReader::read(original);
     QVERIFY2(result.ok(), qPrintable(result.errorText()));
     QCOMPARE(BinaryPropertyListWriter::write(result.value).toHex(' '), original.toHex(' '));
-}
-
-void BinaryPropertyListTest::corpusMalformed_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("expectation");
-    ORVANE_REQUIRE_CORPUS();
-    QHash<QString, QString> expectations;
-    const QList<QByteArray> lines = Corpus::readAll(Corpus::root() + QStringLiteral("/malformed-expectations.tsv")).split('\n');
-    for (const QByteArray &line : lines) {
-        const QList<QByteArray> fields = line.split('\t');
-        if (fields.size() >= 2)
-            expectations.insert(QString::fromUtf8(fields[0]), QString::fromUtf8(fields[1]));
-    }
-    QVERIFY(!expectations.isEmpty());
-    for (const QString &path : Corpus::files(QStringLiteral("plists/malformed"))) {
-        const QString name = QFileInfo(path).fileName();
-        if (name.endsWith(QLatin1String(".bplist")) || Corpus::readAll(path).startsWith("bplist"))
-            QTest::newRow(qPrintable(name)) << path << expectations.value(name);
-    }
-}
-
-void BinaryPropertyListTest::corpusMalformed()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, expectation);
-    const ReadResult<PropertyList> result = BinaryPropertyListReader::read(Corpus::readAll(path));
-    if (expectation == QLatin1String("reject") || expectation.startsWith(QLatin1String("reject(apple")))
-        QVERIFY2(!result.ok(), "accepted a file that must be rejected");
-    else if (expectation == QLatin1String("accept(tricky)"))
-        QVERIFY2(result.ok(), qPrintable(result.errorText()));
-    // Anything else only has to be read without crashing.
 }
 
 ORVANE_TEST(BinaryPropertyListTest)

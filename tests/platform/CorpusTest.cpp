@@ -87,21 +87,6 @@ bool hasXmlForbiddenCharacter(const PropertyList &value)
     }
 }
 
-QHash<QString, QString> readExpectations()
-{
-    QHash<QString, QString> expected;
-    QFile file(Corpus::root() + QStringLiteral("/malformed-expectations.tsv"));
-    if (!file.open(QIODevice::ReadOnly))
-        return expected;
-    file.readLine(); // the header
-    while (!file.atEnd()) {
-        const QList<QByteArray> fields = file.readLine().split('\t');
-        if (fields.size() >= 2)
-            expected.insert(QString::fromUtf8(fields.at(0)), QString::fromUtf8(fields.at(1)));
-    }
-    return expected;
-}
-
 } // namespace
 
 class CorpusTest : public QObject {
@@ -126,7 +111,7 @@ void CorpusTest::malformed_data()
     QTest::addColumn<QString>("expected");
     if (Corpus::root().isEmpty())
         return;
-    const QHash<QString, QString> expectations = readExpectations();
+    const QHash<QString, QString> expectations = Corpus::malformedExpectations();
     for (const QString &path : Corpus::files(QStringLiteral("plists/malformed"))) {
         const QString name = QFileInfo(path).fileName();
         QTest::newRow(qPrintable(name)) << path << expectations.value(name, QStringLiteral("missing from the table"));

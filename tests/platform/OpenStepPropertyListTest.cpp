@@ -71,8 +71,6 @@ private slots:
     void corpusFileReads();
     void corpusFileSurvivesXmlAndBinary_data();
     void corpusFileSurvivesXmlAndBinary();
-    void malformedCorpusFile_data();
-    void malformedCorpusFile();
     void anyCorpusFileReadsOrFailsWithAPlace();
 };
 
@@ -394,45 +392,6 @@ void OpenStepPropertyListTest::corpusFileSurvivesXmlAndBinary()
     QVERIFY2(back.ok(), qPrintable(back.errorText()));
     QCOMPARE(back.value.format, format);
     QVERIFY(back.value.value.isIdenticalTo(original.value));
-}
-
-void OpenStepPropertyListTest::malformedCorpusFile_data()
-{
-    ORVANE_REQUIRE_CORPUS();
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("expected");
-    const QString table =
-        QString::fromUtf8(Corpus::readAll(Corpus::root() + u"/malformed-expectations.tsv"_s));
-    QVERIFY2(!table.isEmpty(), "malformed-expectations.tsv is missing");
-    const QStringList lines = table.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString &line : lines.mid(1)) {
-        const QStringList fields = line.split(QLatin1Char('\t'));
-        if (fields.size() < 3)
-            continue;
-        const QString &name = fields.at(0);
-        const bool oldStyle = name.endsWith(u".ostep"_s) || name.endsWith(u".pbxproj"_s) ||
-                              fields.at(2).contains(u"OpenStep"_s);
-        if (oldStyle)
-            QTest::newRow(qPrintable(name))
-                << Corpus::root() + u"/plists/malformed/"_s + name << fields.at(1);
-    }
-}
-
-void OpenStepPropertyListTest::malformedCorpusFile()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, expected);
-    const QByteArray bytes = Corpus::readAll(path);
-    QVERIFY(!bytes.isEmpty());
-    const ReadResult<PropertyList> result = OpenStepPropertyListReader::read(bytes);
-    if (expected.startsWith(u"reject"_s)) {
-        QVERIFY2(!result.ok(), "read although the file is broken");
-        QVERIFY(result.position.isKnown());
-        QVERIFY(!PropertyListSerialization::read(bytes).ok());
-    } else if (expected.startsWith(u"accept("_s)) {
-        QVERIFY2(result.ok(), qPrintable(result.errorText()));
-    }
-    // "accept-or-reject" rows only have to come back, which the sanitizers watch.
 }
 
 // Every file of the corpus, whatever its format, handed to this reader: it must

@@ -42,22 +42,6 @@ const QByteArray kHeader = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                            "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
                            "<plist version=\"1.0\">\n";
 
-// Rows of malformed-expectations.tsv: file name to expected outcome.
-QHash<QString, QString> malformedExpectations()
-{
-    QHash<QString, QString> expected;
-    QFile file(Corpus::root() + u"/malformed-expectations.tsv"_s);
-    if (!file.open(QIODevice::ReadOnly))
-        return expected;
-    file.readLine(); // the header
-    while (!file.atEnd()) {
-        const QList<QByteArray> fields = file.readLine().split('\t');
-        if (fields.size() >= 2)
-            expected.insert(QString::fromUtf8(fields.at(0)), QString::fromUtf8(fields.at(1)));
-    }
-    return expected;
-}
-
 } // namespace
 
 class XmlPropertyListTest : public QObject {
@@ -77,8 +61,6 @@ private slots:
     void corpusFilesRoundTrip();
     void platformWrittenFilesComeBackByteForByte_data();
     void platformWrittenFilesComeBackByteForByte();
-    void malformedCorpusFiles_data();
-    void malformedCorpusFiles();
 };
 
 void XmlPropertyListTest::sniff_data()
@@ -403,38 +385,6 @@ void XmlPropertyListTest::platformWrittenFilesComeBackByteForByte()
     const ReadResult<PropertyList> result = XmlPropertyListReader::read(bytes);
     QVERIFY2(result.ok(), qPrintable(result.errorText()));
     QCOMPARE(XmlPropertyListWriter::write(result.value), bytes);
-}
-
-void XmlPropertyListTest::malformedCorpusFiles_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("expected");
-    ORVANE_REQUIRE_CORPUS();
-    const QHash<QString, QString> expectations = malformedExpectations();
-    const QStringList paths = Corpus::files(u"plists/malformed"_s);
-    for (const QString &path : paths) {
-        const QString name = QFileInfo(path).fileName();
-        // Binary and old-style files belong to the other readers; the signed
-        // profile is a CMS envelope around XML, not XML itself.
-        if (Corpus::readAll(path).startsWith("bplist") || name.endsWith(u".ostep"_s) || name.endsWith(u".pbxproj"_s)
-            || name.endsWith(u".mobileconfig"_s))
-            continue;
-        QTest::newRow(qPrintable(name)) << path << expectations.value(name);
-    }
-}
-
-void XmlPropertyListTest::malformedCorpusFiles()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, expected);
-    QVERIFY2(!expected.isEmpty(), "the file has no row in malformed-expectations.tsv");
-    const QByteArray bytes = Corpus::readAll(path);
-    const ReadResult<PropertyList> result = XmlPropertyListReader::read(bytes);
-    if (expected == u"accept(tricky)"_s)
-        QVERIFY2(result.ok(), qPrintable(result.errorText()));
-    else if (expected.startsWith(u"reject"_s) && XmlPropertyListReader::sniff(bytes))
-        QVERIFY2(!result.ok(), "a malformed XML file was accepted");
-    // Every other outcome is allowed, as long as reading returned.
 }
 
 ORVANE_TEST(XmlPropertyListTest)
