@@ -10,11 +10,34 @@ public:
     QList<PropertyList> items;
 };
 
+// Most dictionaries in real files are small, and a hash per dictionary costs more
+// than it saves there: the index exists only past kIndexThreshold keys, and
+// smaller ones are searched in order.
 class PropertyDictionaryData : public QSharedData {
 public:
+    static constexpr qsizetype kIndexThreshold = 8;
+
     QStringList keys;
     QList<PropertyList> values;
-    QHash<QString, qsizetype> index;
+    QHash<QString, qsizetype> index; // empty while keys.size() <= kIndexThreshold
+
+    qsizetype position(const QString &key) const
+    {
+        if (keys.size() <= kIndexThreshold)
+            return keys.indexOf(key);
+        const auto it = index.constFind(key);
+        return it == index.cend() ? -1 : *it;
+    }
+
+    void rebuildIndex()
+    {
+        index.clear();
+        if (keys.size() <= kIndexThreshold)
+            return;
+        index.reserve(keys.size());
+        for (qsizetype i = 0; i < keys.size(); ++i)
+            index.insert(keys.at(i), i);
+    }
 };
 
 // ---- PropertyArray ---------------------------------------------------------
@@ -60,39 +83,37 @@ const PropertyList &PropertyDictionary::valueAt(qsizetype index) const
     return d->values.at(index);
 }
 const QStringList &PropertyDictionary::keys() const { return d->keys; }
-bool PropertyDictionary::contains(const QString &key) const { return d->index.contains(key); }
+bool PropertyDictionary::contains(const QString &key) const { return d->position(key) >= 0; }
 
 const PropertyList *PropertyDictionary::find(const QString &key) const
 {
-    const auto it = d->index.constFind(key);
-    return it == d->index.cend() ? nullptr : &d->values.at(*it);
+    const qsizetype position = d->position(key);
+    return position < 0 ? nullptr : &d->values.at(position);
 }
 
 void PropertyDictionary::insert(const QString &key, const PropertyList &value)
 {
-    const auto it = d->index.constFind(key);
-    if (it != d->index.cend()) {
-        d->values[*it] = value;
+    const qsizetype position = d->position(key);
+    if (position >= 0) {
+        d->values[position] = value;
         return;
     }
-    d->index.insert(key, d->keys.size());
     d->keys.append(key);
     d->values.append(value);
+    if (d->keys.size() == PropertyDictionaryData::kIndexThreshold + 1)
+        d->rebuildIndex();
+    else if (!d->index.isEmpty())
+        d->index.insert(key, d->keys.size() - 1);
 }
 
 bool PropertyDictionary::remove(const QString &key)
 {
-    const auto it = d->index.constFind(key);
-    if (it == d->index.cend())
+    const qsizetype position = d->position(key);
+    if (position < 0)
         return false;
-    const qsizetype position = *it;
     d->keys.removeAt(position);
     d->values.removeAt(position);
-    d->index.remove(key);
-    for (auto &slot : d->index) {
-        if (slot > position)
-            --slot;
-    }
+    d->rebuildIndex();
     return true;
 }
 
@@ -100,7 +121,6 @@ void PropertyDictionary::reserve(qsizetype count)
 {
     d->keys.reserve(count);
     d->values.reserve(count);
-    d->index.reserve(count);
 }
 
 QStringList PropertyDictionary::sortedKeys() const

@@ -28,6 +28,7 @@ private slots:
     void equality_data();
     void equality();
     void dictionaryKeepsInsertionOrder();
+    void lookupAcrossTheIndexThreshold();
     void copiesAreIndependent();
 };
 
@@ -208,6 +209,26 @@ void PropertyListTest::dictionaryKeepsInsertionOrder()
     QCOMPARE(d.find(QStringLiteral("m"))->toString(), QStringLiteral("3"));
     QCOMPARE(d.keys(), (QStringList{QStringLiteral("z"), QStringLiteral("m")}));
     QVERIFY(!d.find(QStringLiteral("a")));
+}
+
+void PropertyListTest::lookupAcrossTheIndexThreshold()
+{
+    // Small dictionaries are searched in order and large ones through an index;
+    // every size on either side must find, replace and remove the same way.
+    for (int size = 1; size <= 20; ++size) {
+        PropertyDictionary d;
+        for (int i = 0; i < size; ++i)
+            d.insert(QString::number(i), PropertyList::integer(i));
+        d.insert(QString::number(size - 1), PropertyList::integer(-1));
+        QCOMPARE(d.size(), size);
+        QCOMPARE(d.find(QString::number(size - 1))->toInteger(), -1);
+        QVERIFY(d.remove(QString::number(0)));
+        for (int i = 1; i < size - 1; ++i)
+            QCOMPARE(d.find(QString::number(i))->toInteger(), i);
+        QVERIFY(!d.contains(QString::number(0)));
+        d.insert(QString::number(0), PropertyList::integer(0));
+        QCOMPARE(d.keyAt(d.size() - 1), QString::number(0));
+    }
 }
 
 void PropertyListTest::copiesAreIndependent()
