@@ -1,0 +1,316 @@
+// Construction, children and accessors of the node tree.
+#include "PListNode.h"
+
+#include <QCoreApplication>
+#include <QHash>
+#include <QLoggingCategory>
+
+#include <algorithm>
+
+Q_LOGGING_CATEGORY(lcModel, "orvane.model")
+
+namespace {
+
+QHash<const PListNode *, PListNodeObserver *> &observers()
+{
+    static QHash<const PListNode *, PListNodeObserver *> registry;
+    return registry;
+}
+
+QString tr(const char *text) { return QCoreApplication::translate("PListNode", text); }
+
+} // namespace
+
+// ---- construction -----------------------------------------------------------
+
+PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &value)
+{
+    PListNodePtr node = make();
+    node->m_name = name;
+    node->m_objectValue = value;
+    switch (value.type()) {
+    case PropertyList::Type::String:
+        node->m_menuValue = StringClass;
+        node->m_displayValue = value.toString();
+        break;
+    case PropertyList::Type::Data:
+        node->m_menuValue = DataClass;
+        node->m_displayValue = tr("(Data Item)");
+        node->m_canEditValue = false;
+        break;
+    case PropertyList::Type::Integer:
+        node->m_menuValue = IntegerClass;
+        node->m_displayValue = value.description();
+        break;
+    case PropertyList::Type::Real:
+        node->m_menuValue = FloatClass;
+        node->m_displayValue = value.description();
+        break;
+    case PropertyList::Type::Boolean:
+        node->m_menuValue = BooleanClass;
+        node->m_displayValue = value.toBool() ? tr("true") : tr("false");
+        node->m_valueIsBool = true;
+        break;
+    case PropertyList::Type::Date:
+        node->m_menuValue = DateClass;
+        node->m_displayValue = value.description();
+        break;
+    default:
+        // A value of no class (a keyed archiver's UID) gets no tag and no text.
+        break;
+    }
+    return node;
+}
+
+PListNodePtr PListNode::treeFromDictionary(const PropertyDictionary &dictionary)
+{
+    return initFromDictionary(dictionary, QStringLiteral("OVRoot"));
+}
+
+namespace {
+
+PListNodePtr childFor(const QString &name, const PropertyList &value)
+{
+    if (value.isDictionary())
+        return PListNode::groupFromDictionary(value.dictionaryRef(), name);
+    if (value.isArray())
+        return PListNode::groupFromArray(value.arrayRef(), name);
+    return PListNode::initWithName(name, value);
+}
+
+} // namespace
+
+PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary, const QString &name)
+{
+    PListNodePtr node = make();
+    node->m_name = name;
+    node->m_isLeaf = false;
+    node->m_objectValue = PropertyDictionary();
+    node->m_menuValue = DictionaryClass;
+    node->m_displayValue = tr("a dictionary");
+    node->m_canEditValue = false;
+    node->m_children.reserve(dictionary.size());
+    for (qsizetype i = 0; i < dictionary.size(); ++i)
+        node->insertChild(childFor(dictionary.keyAt(i), dictionary.valueAt(i)), node->numberOfChildren());
+    return node;
+}
+
+PListNodePtr PListNode::initFromArray(const PropertyArray &array, const QString &name)
+{
+    PListNodePtr node = make();
+    node->m_name = name;
+    node->m_isLeaf = false;
+    node->m_objectValue = PropertyArray();
+    node->m_menuValue = ArrayClass;
+    node->m_displayValue = tr("an array");
+    node->m_canEditValue = false;
+    node->m_arrayInit = true;
+    node->m_children.reserve(array.size());
+    // Array elements are named by their own description text; the outline labels
+    // them by position instead (displayName), and fixupNames makes the two agree.
+    for (const PropertyList &item : array.items())
+        node->insertChild(childFor(item.description(), item), node->numberOfChildren());
+    node->m_arrayInit = false;
+    return node;
+}
+
+PListNodePtr PListNode::groupFromDictionary(const PropertyDictionary &dictionary, const QString &name)
+{
+    return initFromDictionary(dictionary, name);
+}
+
+PListNodePtr PListNode::groupFromArray(const PropertyArray &array, const QString &name)
+{
+    return initFromArray(array, name);
+}
+
+// ---- back to values ----------------------------------------------------------
+
+PropertyList PListNode::initialValue() const
+{
+    if (m_searchReference)
+        return m_searchReference->initialValue();
+    if (m_isLeaf)
+        return m_objectValue;
+    if (m_objectValue.isArray()) {
+        PropertyArray items;
+        items.reserve(m_children.size());
+        for (const PListNodePtr &child : m_children)
+            items.append(child->initialValue());
+        return items;
+    }
+    PropertyDictionary entries;
+    entries.reserve(m_children.size());
+    for (const PListNodePtr &child : m_children)
+        entries.insert(child->name(), child->initialValue()); // a later equal name wins
+    return entries;
+}
+
+// ---- children -----------------------------------------------------------------
+
+bool PListNode::insertChild(const PListNodePtr &child, int index)
+{
+    if (!child || index < 0 || index > numberOfChildren()) {
+        qCCritical(lcModel, "insertChild: index %d beyond bounds [0 .. %d]", index, numberOfChildren());
+        return false;
+    }
+    m_children.insert(index, child);
+    child->setNodeParent(this);
+    if (isArray() && !m_arrayInit)
+        refreshArrayItems();
+    notify(NodeRefresh::Count);
+    return true;
+}
+
+void PListNode::insertChildren(const QList<PListNodePtr> &children, int index)
+{
+    index = std::clamp(index, 0, numberOfChildren());
+    for (const PListNodePtr &child : children) {
+        m_children.insert(index++, child);
+        child->setNodeParent(this);
+    }
+    if (isArray() && !m_arrayInit)
+        refreshArrayItems();
+    notify(NodeRefresh::Count);
+}
+
+void PListNode::removeChild(const PListNodePtr &child)
+{
+    if (!child || indexOfChild(child.get()) < 0)
+        return;
+    child->setNodeParent(nullptr);
+    const int position = indexOfChildIdenticalTo(child.get());
+    if (position >= 0)
+        m_children.removeAt(position);
+    if (isArray())
+        refreshArrayItems();
+    notify(NodeRefresh::Count);
+}
+
+void PListNode::removeFromParent()
+{
+    notify(NodeRefresh::Name);
+    if (!m_parent)
+        return;
+    PListNode *parent = m_parent;
+    const int position = parent->indexOfChildIdenticalTo(this);
+    if (position >= 0)
+        parent->removeChild(parent->m_children.at(position));
+}
+
+int PListNode::indexOfChildIdenticalTo(const PListNode *node) const
+{
+    if (!node)
+        return -1;
+    for (int i = 0; i < numberOfChildren(); ++i) {
+        if (m_children.at(i).get() == node)
+            return i;
+    }
+    return -1;
+}
+
+int PListNode::indexOfChild(const PListNode *node) const
+{
+    if (!node)
+        return -1;
+    for (int i = 0; i < numberOfChildren(); ++i) {
+        if (m_children.at(i)->isEqualToNode(*node))
+            return i;
+    }
+    return -1;
+}
+
+PListNodePtr PListNode::childAtIndex(int index) const
+{
+    if (index == kNotFound || index < 0 || index >= numberOfChildren())
+        return nullptr;
+    return m_children.at(index);
+}
+
+PListNodePtr PListNode::firstChild() const
+{
+    if (m_children.isEmpty()) {
+        qCCritical(lcModel, "firstChild: the node has no children");
+        return nullptr;
+    }
+    return m_children.first();
+}
+
+PListNodePtr PListNode::lastChild() const { return m_children.isEmpty() ? nullptr : m_children.last(); }
+
+bool PListNode::containsChildWithName(const QString &name) const { return childWithName(name) != nullptr; }
+
+PListNodePtr PListNode::childWithName(const QString &name) const
+{
+    for (const PListNodePtr &child : m_children) {
+        if (child->name() == name)
+            return child;
+    }
+    return nullptr;
+}
+
+// ---- accessors ------------------------------------------------------------------
+
+QString PListNode::name() const { return target()->m_name; }
+
+void PListNode::setName(const QString &name)
+{
+    PListNode *node = target();
+    node->m_name = name;
+    node->notify(NodeRefresh::Name);
+}
+
+PropertyList PListNode::value() const
+{
+    // A group's value is its own class marker, even in a search copy.
+    return m_isLeaf ? target()->m_objectValue : m_objectValue;
+}
+
+int PListNode::menu() const { return target()->m_menuValue; }
+
+bool PListNode::loadedByUserDefaults() const { return target()->m_loadedByUserDefaults; }
+
+void PListNode::setLoadedByUserDefaults(bool loaded) { m_loadedByUserDefaults = loaded; }
+
+void PListNode::setNodeParent(PListNode *parent)
+{
+    m_parent = parent;
+    // A node takes its editability from its parent; one without a parent cannot be edited.
+    setCanEdit(parent && parent->m_canEdit);
+}
+
+void PListNode::setCanEdit(bool canEdit)
+{
+    PListNode *node = target();
+    node->m_canEdit = canEdit;
+    for (const PListNodePtr &child : node->m_children)
+        child->setCanEdit(canEdit);
+}
+
+// ---- refresh notices ------------------------------------------------------------
+
+void PListNode::refreshArrayItems()
+{
+    // Array items are labelled by position, so every label may have moved.
+    for (const PListNodePtr &child : m_children)
+        child->notify(NodeRefresh::Name);
+}
+
+void PListNode::setObserver(const PListNode *root, PListNodeObserver *observer)
+{
+    if (observer)
+        observers().insert(root, observer);
+    else
+        observers().remove(root);
+}
+
+void PListNode::notify(NodeRefresh what) const
+{
+    if (observers().isEmpty())
+        return;
+    const PListNode *root = this;
+    while (root->m_parent)
+        root = root->m_parent;
+    if (PListNodeObserver *observer = observers().value(root))
+        observer->nodeNeedsRefresh(*this, what);
+}

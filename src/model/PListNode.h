@@ -1,0 +1,207 @@
+#pragma once
+
+#include "platform/PropertyList.h"
+#include "platform/SequentialArchive.h"
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <utility>
+
+class PListNode;
+using PListNodePtr = std::shared_ptr<PListNode>;
+
+// What a view must redraw after a change to a node. These are the points where
+// the cached renditions of the original were dropped; here they tell whoever
+// observes the tree.
+enum class NodeRefresh { Name, Value, Class, Count };
+
+// Observes every change to the nodes of one tree (registered for its root).
+class PListNodeObserver {
+public:
+    virtual ~PListNodeObserver() = default;
+    virtual void nodeNeedsRefresh(const PListNode &node, NodeRefresh what) = 0;
+};
+
+// The value classes: the tag each node keeps, and the class pop-up's item tags.
+enum ValueClass : int {
+    StringClass = 0,
+    DataClass = 1,
+    IntegerClass = 2,
+    FloatClass = 3,
+    BooleanClass = 4,
+    DateClass = 5,
+    ArrayClass = 6,
+    DictionaryClass = 7,
+    NoClass = -1, // a leaf whose value is of no known class
+};
+
+// How a rendition is drawn: which colour role and font the view should use.
+enum class Rendition { Normal, Selected, BackgroundSelected };
+
+struct RenditionSettings {
+    QString fontName = QStringLiteral("Monaco");
+    double fontSize = 10.0;
+    bool useCustomColors = false;
+    QString textColor;     // colour strings "r g b a", as VXAdditions writes them
+    QString disabledColor;
+};
+
+struct RenditionStyle {
+    enum class Colour { StandardText, DisabledText, CustomText, CustomDisabled, AlternateSelectedText };
+    Colour colour = Colour::StandardText;
+    QString customColor; // for the custom colours: the colour string to use
+    QString fontName;
+    double fontSize = 0;
+};
+
+// One node of a document's tree: one key/value pair of a dictionary or one
+// element of an array. Groups (dictionaries and arrays) hold children, leaves a
+// scalar value.
+//
+// Ownership: a node owns its children through shared pointers; undo records and
+// pasteboard payloads may hold removed nodes alive so the same node is put
+// back. The parent and, in a filtered copy, the search reference (the real node
+// this one stands for) are plain non-owning pointers. While a search reference
+// is set, name, value (of leaves), menu, loadedByUserDefaults, initialValue,
+// setName, setValue, setMenu and setCanEdit act on the referenced node.
+class PListNode {
+public:
+    // ---- construction (node tree) ----
+    // The root of every document tree: a dictionary node named "OVRoot".
+    static PListNodePtr treeFromDictionary(const PropertyDictionary &dictionary);
+    static PListNodePtr initFromDictionary(const PropertyDictionary &dictionary, const QString &name);
+    static PListNodePtr initFromArray(const PropertyArray &array, const QString &name);
+    static PListNodePtr groupFromDictionary(const PropertyDictionary &dictionary, const QString &name);
+    static PListNodePtr groupFromArray(const PropertyArray &array, const QString &name);
+    static PListNodePtr initWithName(const QString &name, const PropertyList &value);
+
+    // The property-list value the subtree stands for.
+    PropertyList initialValue() const;
+
+    // ---- children (node tree) ----
+    // Inserting beyond the end is a programming error: it is refused, logged,
+    // answers false, and leaves the tree as it was.
+    bool insertChild(const PListNodePtr &child, int index);
+    // Clamps an index past the end to the end.
+    void insertChildren(const QList<PListNodePtr> &children, int index);
+    void removeChild(const PListNodePtr &child);
+    void removeFromParent();
+    int indexOfChild(const PListNode *node) const;           // by isEqualToNode; -1 when absent
+    int indexOfChildIdenticalTo(const PListNode *node) const; // by identity; -1 when absent
+    // nullptr for kNotFound (the platform's NSNotFound) and for indexes past the end.
+    PListNodePtr childAtIndex(int index) const;
+    int numberOfChildren() const { return static_cast<int>(m_children.size()); }
+    const QList<PListNodePtr> &children() const { return m_children; }
+    // nullptr (and a logged programming error) when there are no children.
+    PListNodePtr firstChild() const;
+    PListNodePtr lastChild() const;
+    bool isDescendantOfNode(const PListNode *node) const;
+    bool isDescendantOfNodeInArray(const QList<PListNodePtr> &nodes) const;
+    bool containsChildWithName(const QString &name) const;
+    PListNodePtr childWithName(const QString &name) const;
+
+    // Case-insensitive, digit runs by value: "Item 9" < "Item 10", "abc" ties "ABC".
+    int compare(const PListNode &other) const;
+    void sortChildren();
+    void recursiveSortChildren();
+    void fixupNames();
+
+    static constexpr int kNotFound = 0x7fffffff;
+
+    // ---- accessors (node tree) ----
+    QString name() const;
+    void setName(const QString &name);
+    PropertyList value() const;
+    int menu() const;
+    bool isLeaf() const { return m_isLeaf; }
+    void setIsLeaf(bool leaf) { m_isLeaf = leaf; }
+    bool isGroup() const { return !m_isLeaf; }
+    bool isArray() const { return !m_isLeaf && m_objectValue.isArray(); }
+    bool canEdit() const { return m_canEdit; }
+    void setCanEdit(bool canEdit);
+    bool canEditValue() const { return m_canEditValue; }
+    bool valueIsBool() const { return m_valueIsBool; }
+    bool loadedByUserDefaults() const;
+    void setLoadedByUserDefaults(bool loaded);
+    PListNode *nodeParent() const { return m_parent; }
+    void setNodeParent(PListNode *parent);
+    PListNode *searchReference() const { return m_searchReference; }
+    void setSearchReference(PListNode *reference) { m_searchReference = reference; }
+
+    // ---- equality, copies, archive, debug text (node tree) ----
+    bool isEqualToNode(const PListNode &other) const;
+    PListNodePtr copy() const;
+    ArchivedNode encodeWithCoder() const;
+    static PListNodePtr initWithCoder(const ArchivedNode &archived);
+    QString description() const;
+
+    // ---- value classes and value editing ----
+    void setValue(const PropertyList &newValue);
+    // Answers false where the platform sounds the alert beep (the conversion
+    // failed or the class cannot be chosen); the tag is stored either way.
+    bool setMenu(int tag);
+    QString stringValue() const;
+    static QString classTitle(int tag); // "String" … "Dictionary"; empty beyond 7
+
+    QString displayName() const;  // "Item %d" for array children, else the name
+    QString displayValue() const { return stringValue(); }
+    QString displayMenu() const { return classTitle(menu()); }
+    QString countedText() const;  // "%d %@": "0 Items", "1 Item", "2 Items"
+    RenditionStyle style(Rendition rendition, const RenditionSettings &settings, bool itemCount = false) const;
+
+    // ---- tree search ----
+    PListNodePtr queryWithString(const QString &query) const;
+    PListNode *recursiveSearchForChild(const PListNode &node) const;
+
+    // ---- defaults command text ----
+    // The command, or the refusal for nested containers (empty when no file is
+    // at path), and the one-entry dictionary {name: initialValue}.
+    std::pair<QString, PropertyDictionary> returnStringWithPath(const QString &path, bool returnFullPath) const;
+    QString returnArrayDefaults(bool *canExpress) const;
+    QString returnDictDefaults(bool *canExpress) const;
+
+    // ---- observers ----
+    // Changes anywhere below root are reported to observer (nullptr to stop).
+    static void setObserver(const PListNode *root, PListNodeObserver *observer);
+    static PListNodePtr make() { return std::make_shared<PListNode>(Private()); }
+
+    PListNode(const PListNode &) = delete;
+    PListNode &operator=(const PListNode &) = delete;
+    ~PListNode() = default;
+
+private:
+    // Nodes live in shared pointers only; the key keeps construction to the factories.
+    struct Private {
+        explicit Private() = default;
+    };
+
+public:
+    explicit PListNode(Private) {}
+
+private:
+    void notify(NodeRefresh what) const;
+    void refreshArrayItems();
+    PListNode *target() { return m_searchReference ? m_searchReference : this; }
+    const PListNode *target() const { return m_searchReference ? m_searchReference : this; }
+
+    // Field order keeps the node compact: see the size check below.
+    QString m_name;
+    PropertyList m_objectValue;
+    QString m_displayValue;
+    QList<PListNodePtr> m_children;
+    PListNode *m_parent = nullptr;
+    PListNode *m_searchReference = nullptr;
+    qint8 m_menuValue = NoClass;
+    bool m_isLeaf = true;
+    bool m_canEditValue = true;
+    bool m_valueIsBool = false;
+    bool m_loadedByUserDefaults = false;
+    bool m_canEdit = true;
+    bool m_arrayInit = false;
+
+    friend class PListNodeAccess;
+};
+
+static_assert(sizeof(PListNode) <= 144, "a node's budget is 160 bytes besides its text, control block included");
