@@ -100,4 +100,4 @@ BENCHMARK(writeXml)->DenseRange(0, 3)->Unit(benchmark::kMillisecond);
 BENCHMARK(writeBinary)->DenseRange(0, 3)->Unit(benchmark::kMillisecond);
 BENCHMARK(describe)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(archiveRoundTrip)->Unit(benchmark::kMillisecond);
-BENCHMARK_MAIN();
+

@@ -4,5 +4,5 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 "$root/scripts/install-deps.sh"
 cmake --preset bench -S "$root" >/dev/null
-cmake --build "$root/build/bench" --target bench_codecs
-exec "$root/build/bench/bench/bench_codecs" "$@"
+cmake --build "$root/build/bench" --target bench_CodecBenchmark bench_TreeBenchmark
+for b in "$root"/build/bench/bench/bench_*; do "$b" "$@"; done

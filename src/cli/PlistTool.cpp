@@ -1,8 +1,10 @@
 #include "PlistTool.h"
 
+#include "model/PListNode.h"
 #include "platform/PropertyListSerialization.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace {
@@ -11,11 +13,14 @@ const char kUsage[] =
     "usage: orvane-plist lint FILE...\n"
     "       orvane-plist convert xml1|binary1 [-o OUT] FILE\n"
     "       orvane-plist print FILE...\n"
+    "       orvane-plist defaults FILE [KEY...]\n"
     "\n"
     "lint     checks that each file is a property list (XML, binary or old-style text)\n"
     "convert  writes the file's value in another format; OUT defaults to FILE itself,\n"
     "         '-o -' writes to standard output; nothing is replaced on error\n"
-    "print    prints the value's description text\n";
+    "print    prints the value's description text\n"
+    "defaults prints the 'defaults write' command for each top-level key of FILE\n"
+    "         (or for each KEY, in the order given), one per line\n";
 
 // Writes bytes to a file atomically: the old file stays as it was unless the
 // whole new content reached the disk.
@@ -47,6 +52,8 @@ int PlistTool::run(const QStringList &arguments)
         return convert(rest);
     if (command == QLatin1String("print"))
         return print(rest);
+    if (command == QLatin1String("defaults"))
+        return defaults(rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {
         m_out << kUsage;
         return 0;
@@ -140,6 +147,44 @@ int PlistTool::print(const QStringList &files)
             continue;
         }
         m_out << result.value.value.description() << '\n';
+    }
+    return status;
+}
+
+int PlistTool::defaults(const QStringList &arguments)
+{
+    if (arguments.isEmpty())
+        return usage(QStringLiteral("defaults needs a file"));
+    const QString &path = arguments.first();
+    const auto result = PropertyListSerialization::readFile(path);
+    if (!result) {
+        m_err << path << ": " << result.errorText() << '\n';
+        return 1;
+    }
+    const PropertyList &value = result.value.value;
+    if (!value.isDictionary()) {
+        // A domain is a dictionary of keys; an array at the top has no keys to write.
+        m_err << path << ": the top level is not a dictionary, so it has no keys for 'defaults write'\n";
+        return 1;
+    }
+    const PListNodePtr root = PListNode::treeFromDictionary(value.dictionaryRef());
+    // The domain comes from the file name, so relative and absolute spellings agree.
+    const QString absolutePath = QFileInfo(path).absoluteFilePath();
+    const QStringList keys = arguments.mid(1);
+    if (keys.isEmpty()) {
+        for (const PListNodePtr &entry : root->children())
+            m_out << entry->returnStringWithPath(absolutePath, false).first << '\n';
+        return 0;
+    }
+    int status = 0;
+    for (const QString &key : keys) {
+        const PListNodePtr entry = root->childWithName(key);
+        if (!entry) {
+            m_err << path << ": no key '" << key << "'\n";
+            status = 1;
+            continue;
+        }
+        m_out << entry->returnStringWithPath(absolutePath, false).first << '\n';
     }
     return status;
 }

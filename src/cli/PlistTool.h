@@ -3,8 +3,8 @@
 #include <QStringList>
 #include <QTextStream>
 
-// orvane-plist: lint, convert and print property-list files from the command
-// line (Linux has no plutil). The commands write to the given streams so tests
+// orvane-plist: lint, convert and print property-list files, and turn their
+// keys into `defaults write` commands, from the command line (Linux has no plutil). The commands write to the given streams so tests
 // can run them in-process; run() answers the process exit status.
 class PlistTool {
 public:
@@ -17,6 +17,7 @@ private:
     int lint(const QStringList &files);
     int convert(const QStringList &arguments);
     int print(const QStringList &files);
+    int defaults(const QStringList &arguments);
     int usage(const QString &problem);
 
     QTextStream &m_out;

@@ -19,6 +19,22 @@ QHash<const PListNode *, PListNodeObserver *> &observers()
 
 QString tr(const char *text) { return QCoreApplication::translate("PListNode", text); }
 
+// The fixed texts every node of a kind shows, translated once and shared by all
+// of them instead of allocated per node (a large file has millions of nodes).
+struct SharedTexts {
+    QString dictionary = tr("a dictionary");
+    QString array = tr("an array");
+    QString dataItem = tr("(Data Item)");
+    QString yes = tr("true");
+    QString no = tr("false");
+};
+
+const SharedTexts &texts()
+{
+    static const SharedTexts shared;
+    return shared;
+}
+
 } // namespace
 
 // ---- construction -----------------------------------------------------------
@@ -35,7 +51,7 @@ PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &va
         break;
     case PropertyList::Type::Data:
         node->m_menuValue = DataClass;
-        node->m_displayValue = tr("(Data Item)");
+        node->m_displayValue = texts().dataItem;
         node->m_canEditValue = false;
         break;
     case PropertyList::Type::Integer:
@@ -48,7 +64,7 @@ PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &va
         break;
     case PropertyList::Type::Boolean:
         node->m_menuValue = BooleanClass;
-        node->m_displayValue = value.toBool() ? tr("true") : tr("false");
+        node->m_displayValue = value.toBool() ? texts().yes : texts().no;
         node->m_valueIsBool = true;
         break;
     case PropertyList::Type::Date:
@@ -69,6 +85,19 @@ PListNodePtr PListNode::treeFromDictionary(const PropertyDictionary &dictionary)
 
 namespace {
 
+// One shared empty marker per kind: groups only use it to say what they are.
+const PropertyList &emptyDictionaryMarker()
+{
+    static const PropertyList marker{PropertyDictionary()};
+    return marker;
+}
+
+const PropertyList &emptyArrayMarker()
+{
+    static const PropertyList marker{PropertyArray()};
+    return marker;
+}
+
 PListNodePtr childFor(const QString &name, const PropertyList &value)
 {
     if (value.isDictionary())
@@ -85,13 +114,13 @@ PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary,
     PListNodePtr node = make();
     node->m_name = name;
     node->m_isLeaf = false;
-    node->m_objectValue = PropertyDictionary();
+    node->m_objectValue = emptyDictionaryMarker();
     node->m_menuValue = DictionaryClass;
-    node->m_displayValue = tr("a dictionary");
+    node->m_displayValue = texts().dictionary;
     node->m_canEditValue = false;
     node->m_children.reserve(dictionary.size());
     for (qsizetype i = 0; i < dictionary.size(); ++i)
-        node->insertChild(childFor(dictionary.keyAt(i), dictionary.valueAt(i)), node->numberOfChildren());
+        node->appendWhileBuilding(childFor(dictionary.keyAt(i), dictionary.valueAt(i)));
     return node;
 }
 
@@ -100,16 +129,16 @@ PListNodePtr PListNode::initFromArray(const PropertyArray &array, const QString 
     PListNodePtr node = make();
     node->m_name = name;
     node->m_isLeaf = false;
-    node->m_objectValue = PropertyArray();
+    node->m_objectValue = emptyArrayMarker();
     node->m_menuValue = ArrayClass;
-    node->m_displayValue = tr("an array");
+    node->m_displayValue = texts().array;
     node->m_canEditValue = false;
     node->m_arrayInit = true;
     node->m_children.reserve(array.size());
     // Array elements are named by their own description text; the outline labels
     // them by position instead (displayName), and fixupNames makes the two agree.
     for (const PropertyList &item : array.items())
-        node->insertChild(childFor(item.description(), item), node->numberOfChildren());
+        node->appendWhileBuilding(childFor(item.description(), item));
     node->m_arrayInit = false;
     return node;
 }
@@ -122,6 +151,15 @@ PListNodePtr PListNode::groupFromDictionary(const PropertyDictionary &dictionary
 PListNodePtr PListNode::groupFromArray(const PropertyArray &array, const QString &name)
 {
     return initFromArray(array, name);
+}
+
+void PListNode::appendWhileBuilding(const PListNodePtr &child)
+{
+    // The same as insertChild at the end, without its per-insertion work: a tree
+    // being built has no observer yet, its array labels are not shown, and every
+    // node of a new subtree is already editable, as its new parent is.
+    m_children.append(child);
+    child->m_parent = this;
 }
 
 // ---- back to values ----------------------------------------------------------

@@ -182,6 +182,7 @@ public:
 
 private:
     void notify(NodeRefresh what) const;
+    void appendWhileBuilding(const PListNodePtr &child);
     void refreshArrayItems();
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QChar>
 #include <QString>
+#include <QStringView>
 
 #include <optional>
 
@@ -34,6 +35,38 @@ std::optional<QString> subPathFromBase(const QString &text, const QString &base,
 // The search field's match: plain text ignoring case; "#" makes it exact, "!"
 // negates, "#!" or "!#" do both. An empty query matches nothing.
 bool containsString(const QString &text, const QString &query);
+
+// A search-field query read once, for matching it against many texts: the
+// filter tests every name and value of a tree on each keystroke, so the marks
+// are read here and nothing is allocated per text. matches(text) is exactly
+// containsString(text, query).
+class SearchPattern {
+public:
+    explicit SearchPattern(const QString &query);
+    bool matches(QStringView text) const { return !m_matchesNothing && contains(text) != m_negated; }
+
+    // What a text unit must be to start a match, each repeated for eight units
+    // at once: (unit | mask) equals first, or the unit is alternate (a unit
+    // beyond ASCII that folds to first).
+    struct FirstUnit {
+        alignas(16) char16_t first[8] = {};
+        alignas(16) char16_t mask[8] = {};
+        alignas(16) char16_t alternate[8] = {};
+    };
+
+private:
+    bool contains(QStringView text) const;
+
+    QString m_needle; // lower case when m_folded
+    bool m_matchesNothing = true;
+    bool m_negated = false;
+    // A case-insensitive search of an ASCII needle folds the text unit by unit
+    // here; any other case-insensitive search is left to Qt.
+    bool m_folded = false;
+    bool m_unicodeFallback = false;
+    FirstUnit m_firstUnit;
+};
+
 // The last UTF-16 unit; text must not be empty.
 QChar lastCharacter(const QString &text);
 // The bytes as UTF-8 text; nothing when they are not valid UTF-8.

@@ -4,8 +4,9 @@
 #include "NumberText.h"
 #include "PropertyList.h"
 
-#include <QDateTime>
-#include <QTimeZone>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
 
 namespace {
 
@@ -30,25 +31,20 @@ QString numberText(const PropertyList &value)
 QString dateText(double secondsSinceReferenceDate)
 {
     // Whole seconds only: the description has no fraction, and rounds towards the past.
+    // localtime_r rather than QDateTime: a large file formats hundreds of thousands of dates.
     const double floored = std::floor(secondsSinceReferenceDate);
-    const qint64 unixSeconds = kReferenceDateUnixSeconds + static_cast<qint64>(floored);
-    const QDateTime local = QDateTime::fromSecsSinceEpoch(unixSeconds, Qt::UTC).toLocalTime();
-    const int offset = local.offsetFromUtc();
-    const int absOffset = std::abs(offset);
-    const QString zone = QStringLiteral("%1%2%3")
-                             .arg(offset < 0 ? QLatin1Char('-') : QLatin1Char('+'))
-                             .arg(absOffset / 3600, 2, 10, QLatin1Char('0'))
-                             .arg((absOffset % 3600) / 60, 2, 10, QLatin1Char('0'));
-    const QDate day = local.date();
-    const QTime time = local.time();
-    return QStringLiteral("%1-%2-%3 %4:%5:%6 %7")
-        .arg(day.year(), 4, 10, QLatin1Char('0'))
-        .arg(day.month(), 2, 10, QLatin1Char('0'))
-        .arg(day.day(), 2, 10, QLatin1Char('0'))
-        .arg(time.hour(), 2, 10, QLatin1Char('0'))
-        .arg(time.minute(), 2, 10, QLatin1Char('0'))
-        .arg(time.second(), 2, 10, QLatin1Char('0'))
-        .arg(zone);
+    const time_t unixSeconds = static_cast<time_t>(kReferenceDateUnixSeconds + static_cast<qint64>(floored));
+    struct tm local {};
+    if (!localtime_r(&unixSeconds, &local))
+        return QString();
+    const long offset = local.tm_gmtoff;
+    const long absOffset = offset < 0 ? -offset : offset;
+    char buffer[64];
+    const int length = std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d %02d:%02d:%02d %c%02ld%02ld",
+                                     local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+                                     local.tm_min, local.tm_sec, offset < 0 ? '-' : '+', absOffset / 3600,
+                                     (absOffset % 3600) / 60);
+    return QString::fromLatin1(buffer, length);
 }
 
 QString dataText(const QByteArray &bytes)

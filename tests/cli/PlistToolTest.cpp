@@ -47,6 +47,9 @@ private slots:
     void convertInPlaceKeepsTheValue();
     void failedConvertLeavesOutputAlone();
     void printShowsTheDescription();
+    void defaultsCommands_data();
+    void defaultsCommands();
+    void defaultsRefusesANonDictionary();
     void usageErrors_data();
     void usageErrors();
 };
@@ -146,6 +149,67 @@ void PlistToolTest::printShowsTheDescription()
                                                         "}\n"));
 }
 
+void PlistToolTest::defaultsCommands_data()
+{
+    QTest::addColumn<QStringList>("keys");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QString>("error"); // a text stderr must hold; empty: stderr stays empty
+
+    const QString greeting = QStringLiteral("defaults write defaults-sample Greeting -string \"Hello world\"");
+    const QString count = QStringLiteral("defaults write defaults-sample Count -int 42");
+    QTest::newRow("every key in file order, refusal and trailing blanks included")
+        << QStringList{} << 0
+        << QStringList{greeting,
+                       count,
+                       QStringLiteral("defaults write defaults-sample Enabled -bool true"),
+                       QStringLiteral("defaults write defaults-sample Recent -array -string a.txt -int 7  "),
+                       QStringLiteral("Sorry, defaults can't handle the nested dictionaries / arrays found in the key \"Grid\""),
+                       QStringLiteral("defaults write defaults-sample \"Window Frame\" -string \"{{0, 0}, {640, 480}}\"")}
+        << QString();
+    QTest::newRow("named keys in the order given") << QStringList{QStringLiteral("Count"), QStringLiteral("Greeting")} << 0
+                                                   << QStringList{count, greeting} << QString();
+    QTest::newRow("an unknown key is named and fails the run, the rest still print")
+        << QStringList{QStringLiteral("Count"), QStringLiteral("Nope"), QStringLiteral("Greeting")} << 1
+        << QStringList{count, greeting} << QStringLiteral("'Nope'");
+    QTest::newRow("keys match exactly") << QStringList{QStringLiteral("greeting")} << 1 << QStringList{}
+                                        << QStringLiteral("'greeting'");
+}
+
+void PlistToolTest::defaultsCommands()
+{
+    QFETCH(QStringList, keys);
+    QFETCH(int, status);
+    QFETCH(QStringList, lines);
+    QFETCH(QString, error);
+    const Run run = runTool(QStringList{QStringLiteral("defaults"), data("defaults-sample.plist")} + keys);
+    QCOMPARE(run.status, status);
+    QCOMPARE(QString::fromUtf8(run.out), lines.isEmpty() ? QString() : lines.join(QLatin1Char('\n')) + QLatin1Char('\n'));
+    if (error.isEmpty())
+        QCOMPARE(run.err, QByteArray());
+    else
+        QVERIFY2(QString::fromUtf8(run.err).contains(error), run.err.constData());
+}
+
+void PlistToolTest::defaultsRefusesANonDictionary()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("list.plist"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(PropertyListSerialization::write(PropertyArray{PropertyList(QStringLiteral("a"))}, PropertyListFormat::Xml));
+    file.close();
+    const Run run = runTool({QStringLiteral("defaults"), path});
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.out, QByteArray());
+    QVERIFY2(run.err.contains("not a dictionary"), run.err.constData());
+
+    const Run broken = runTool({QStringLiteral("defaults"), data("broken.plist")});
+    QCOMPARE(broken.status, 1);
+    QCOMPARE(broken.out, QByteArray());
+    QVERIFY(!broken.err.isEmpty());
+}
+
 void PlistToolTest::usageErrors_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -158,6 +222,7 @@ void PlistToolTest::usageErrors_data()
     QTest::newRow("two inputs") << QStringList{QStringLiteral("convert"), QStringLiteral("xml1"), data("sample.plist"),
                                                data("sample.plist")};
     QTest::newRow("lint without files") << QStringList{QStringLiteral("lint")};
+    QTest::newRow("defaults without a file") << QStringList{QStringLiteral("defaults")};
 }
 
 void PlistToolTest::usageErrors()

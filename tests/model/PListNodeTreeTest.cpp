@@ -1,0 +1,414 @@
+// The node tree's structure: key order, item names, lookups by equality and
+// identity, copies, the pasteboard archive, editability passed down the tree,
+// and whole real files turned into trees and back.
+#include "Corpus.h"
+#include "TestRegistry.h"
+#include "TreePicture.h"
+
+#include "model/PListNode.h"
+#include "platform/PropertyListSerialization.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+PropertyList integer(qint64 value) { return PropertyList::integer(value, 'i'); }
+
+PListNodePtr nodeFor(const PropertyList &value, const QString &name = u"n"_s)
+{
+    if (value.isDictionary())
+        return PListNode::initFromDictionary(value.dictionaryRef(), name);
+    if (value.isArray())
+        return PListNode::initFromArray(value.arrayRef(), name);
+    return PListNode::initWithName(name, value);
+}
+
+QString childNames(const PListNode &node)
+{
+    QStringList names;
+    for (const PListNodePtr &child : node.children())
+        names << child->name();
+    return names.join(u',');
+}
+
+PListNodePtr throughArchive(const PListNode &node)
+{
+    SequentialArchiveWriter writer;
+    writer.encodeNode(node.encodeWithCoder());
+    SequentialArchiveReader reader(writer.data());
+    const ReadResult<ArchivedNode> read = reader.decodeNode();
+    return read ? PListNode::initWithCoder(read.value) : nullptr;
+}
+
+// Every dictionary's keys in order and every node's parent link right.
+bool sortedAndLinked(const PListNode &node)
+{
+    const QList<PListNodePtr> &children = node.children();
+    for (qsizetype i = 0; i < children.size(); ++i) {
+        if (children.at(i)->nodeParent() != &node || !sortedAndLinked(*children.at(i)))
+            return false;
+        if (i > 0 && !node.isArray() && children.at(i - 1)->compare(*children.at(i)) > 0)
+            return false;
+    }
+    return true;
+}
+
+class Recorder : public PListNodeObserver {
+public:
+    QList<const PListNode *> renamed;
+    void nodeNeedsRefresh(const PListNode &node, NodeRefresh what) override
+    {
+        if (what == NodeRefresh::Name)
+            renamed << &node;
+    }
+};
+
+} // namespace
+
+class PListNodeTreeTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void compare_data()
+    {
+        QTest::addColumn<QString>("left");
+        QTest::addColumn<QString>("right");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("digit runs compare by value, not by text") << u"Item 9"_s << u"Item 10"_s << -1;
+        QTest::newRow("case is ignored") << u"abc"_s << u"ABC"_s << 0;
+        QTest::newRow("a prefix sorts first") << u"b"_s << u"B10"_s << -1;
+        QTest::newRow("case ignored beside numbers") << u"b9"_s << u"B10"_s << -1;
+        QTest::newRow("leading zeros do not count") << u"x007"_s << u"x7"_s << 0;
+        QTest::newRow("comparison goes on after equal numbers") << u"a007b"_s << u"a7c"_s << -1;
+        QTest::newRow("zero run against zero") << u"v000"_s << u"v0"_s << 0;
+        QTest::newRow("runs beyond 64 bits by length")
+            << u"n18446744073709551616"_s << u"n9223372036854775808"_s << 1;
+        QTest::newRow("runs beyond 64 bits by digits")
+            << u"n98765432109876543210123"_s << u"n98765432109876543210124"_s << -1;
+        QTest::newRow("long zero padding") << u"n00000000000000000000000000001"_s << u"n1"_s << 0;
+        QTest::newRow("folds to lower case: _ before letters") << u"_z"_s << u"Aa"_s << -1;
+        QTest::newRow("digit against punctuation by code") << u"a1"_s << u"a-"_s << 1;
+        QTest::newRow("empty first") << QString() << u"a"_s << -1;
+        QTest::newRow("accented case ignored") << u"\u00c9t\u00e9"_s << u"\u00e9T\u00c9"_s << 0;
+        QTest::newRow("accented letter after ASCII") << u"\u00e4"_s << u"z"_s << 1;
+        QTest::newRow("non-BMP case pairs fold whole") << u"\U00010400x"_s << u"\U00010428y"_s << -1;
+    }
+
+    void compare()
+    {
+        QFETCH(QString, left);
+        QFETCH(QString, right);
+        QFETCH(int, expected);
+        const PListNodePtr a = PListNode::initWithName(left, integer(1));
+        const PListNodePtr b = PListNode::initWithName(right, integer(1));
+        QCOMPARE(a->compare(*b), expected);
+        QCOMPARE(b->compare(*a), -expected);
+    }
+
+    void sortChildren_data()
+    {
+        QTest::addColumn<PropertyList>("value");
+        QTest::addColumn<QString>("expected");
+        const PropertyDictionary keys{{u"b"_s, integer(1)}, {u"B10"_s, integer(2)}, {u"b9"_s, integer(3)},
+                                      {u"a"_s, integer(4)}};
+        QTest::newRow("dictionary keys in natural order") << PropertyList(keys) << u"a,b,b9,B10"_s;
+        QTest::newRow("tied keys keep their order")
+            << PropertyList(PropertyDictionary{{u"x"_s, integer(1)}, {u"ABC"_s, integer(1)}, {u"abc"_s, integer(1)}})
+            << u"ABC,abc,x"_s;
+        QTest::newRow("an array keeps its order") << PropertyList(PropertyArray{u"z"_s, u"a"_s, u"m"_s})
+                                                  << u"z,a,m"_s;
+    }
+
+    void sortChildren()
+    {
+        QFETCH(PropertyList, value);
+        QFETCH(QString, expected);
+        const PListNodePtr node = nodeFor(value);
+        node->sortChildren();
+        QCOMPARE(childNames(*node), expected);
+    }
+
+    // Sorting takes shortcuts over the leading characters of names; whatever
+    // order the children come in, the result must be the order compare() gives,
+    // with ties kept in the order they came.
+    void sortAgreesWithCompare_data()
+    {
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("digits against punctuation and letters")
+            << QStringList{u"a1"_s, u"a-"_s, u"a/"_s, u"a:"_s, u"a"_s, u"A0"_s, u"a00"_s, u"a0b"_s, u"a_"_s};
+        QTest::newRow("runs longer than a prefix")
+            << QStringList{u"x123456789012345678901"_s, u"x123456789012345678900"_s, u"x9"_s, u"x09"_s,
+                           u"x0"_s, u"x00000"_s, u"x1234567890123456789012"_s, u"X9z"_s, u"x9a"_s};
+        QTest::newRow("shared leads longer than a prefix")
+            << QStringList{u"NSWindow Frame b"_s, u"NSWindow Frame A"_s, u"NSWindow Frame 10"_s,
+                           u"NSWindow Frame 9"_s, u"nswindow frame a"_s, u"NSWindow Fram"_s};
+        QTest::newRow("beyond ASCII")
+            << QStringList{u"a\u00e9"_s, u"A\u00c9"_s, u"a\U00010400"_s, u"a\U00010428b"_s, u"a\uffff"_s,
+                           u"a\uffffb"_s, u"a\uff21"_s, u"a\uff41"_s, u"az"_s, u"a\u0000"_s, QString()};
+    }
+
+    void sortAgreesWithCompare()
+    {
+        QFETCH(QStringList, names);
+        for (int turn = 0; turn < names.size(); ++turn) {
+            std::rotate(names.begin(), names.begin() + 1, names.end());
+            std::swap(names.first(), names[names.size() / 2]);
+            const PListNodePtr dictionary = PListNode::initFromDictionary({}, u"d"_s);
+            for (const QString &name : std::as_const(names))
+                dictionary->insertChild(PListNode::initWithName(name, integer(names.indexOf(name))),
+                                        dictionary->numberOfChildren());
+            dictionary->sortChildren();
+            for (int i = 1; i < names.size(); ++i) {
+                const PListNode &before = *dictionary->childAtIndex(i - 1);
+                const PListNode &after = *dictionary->childAtIndex(i);
+                const int order = before.compare(after);
+                QVERIFY2(order < 0 || (order == 0 && before.value().toInteger() < after.value().toInteger()),
+                         qPrintable(childNames(*dictionary)));
+            }
+        }
+    }
+
+    void recursiveSortKeepsArrays()
+    {
+        const PropertyArray records{PropertyDictionary{{u"z"_s, integer(1)}, {u"a"_s, integer(2)}},
+                                    PropertyDictionary{{u"c"_s, integer(3)}, {u"B"_s, integer(4)}}};
+        const PListNodePtr root = PListNode::treeFromDictionary(
+            {{u"y"_s, PropertyDictionary{{u"q"_s, integer(5)}, {u"p"_s, integer(6)}}}, {u"list"_s, records}});
+        QCOMPARE(TreePicture::of(*root), u"{y = {q = 5; p = 6;}; list = ({z = 1; a = 2;}, {c = 3; B = 4;});}"_s);
+        root->recursiveSortChildren();
+        QCOMPARE(TreePicture::of(*root), u"{list = ({a = 2; z = 1;}, {B = 4; c = 3;}); y = {p = 6; q = 5;};}"_s);
+    }
+
+    void fixupNames_data()
+    {
+        QTest::addColumn<PropertyList>("value");
+        QTest::addColumn<bool>("searchCopy");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("array items by position")
+            << PropertyList(PropertyArray{u"x"_s, integer(2), PropertyDictionary{{u"k"_s, integer(1)}}}) << false
+            << u"Item 1,Item 2,Item 3"_s;
+        QTest::newRow("a dictionary keeps its keys")
+            << PropertyList(PropertyDictionary{{u"k"_s, integer(1)}}) << false << u"k"_s;
+        QTest::newRow("a search copy is left alone") << PropertyList(PropertyArray{u"x"_s}) << true << u"x"_s;
+    }
+
+    void fixupNames()
+    {
+        QFETCH(PropertyList, value);
+        QFETCH(bool, searchCopy);
+        QFETCH(QString, expected);
+        const PListNodePtr node = nodeFor(value);
+        const PListNodePtr real = nodeFor(value);
+        if (searchCopy)
+            node->setSearchReference(real.get());
+        if (!node->isArray() && !searchCopy)
+            QTest::ignoreMessage(QtWarningMsg, "Attempt to fix the names of a non-array type.");
+        node->fixupNames();
+        QCOMPARE(childNames(*node), expected);
+    }
+
+    void lookups()
+    {
+        const PListNodePtr root = PListNode::treeFromDictionary({{u"a"_s, integer(1)}, {u"b"_s, integer(2)}});
+        QCOMPARE(root->childAtIndex(PListNode::kNotFound), nullptr);
+        QCOMPARE(root->childAtIndex(2), nullptr);
+        QCOMPARE(root->childAtIndex(1)->name(), u"b"_s);
+
+        const PListNodePtr twin = PListNode::initWithName(u"b"_s, integer(2));
+        QCOMPARE(root->indexOfChild(twin.get()), 1);
+        QCOMPARE(root->indexOfChildIdenticalTo(twin.get()), -1);
+        QCOMPARE(root->indexOfChildIdenticalTo(root->childAtIndex(1).get()), 1);
+
+        // An equal stranger: it loses its parent, the real child stays.
+        twin->setNodeParent(root.get());
+        root->removeChild(twin);
+        QCOMPARE(twin->nodeParent(), nullptr);
+        QCOMPARE(childNames(*root), u"a,b"_s);
+        QCOMPARE(root->childAtIndex(1)->nodeParent(), root.get());
+    }
+
+    void insertBeyondEndIsRefused()
+    {
+        const PListNodePtr root = PListNode::treeFromDictionary({{u"a"_s, integer(1)}});
+        const PListNodePtr extra = PListNode::initWithName(u"x"_s, integer(9));
+        QTest::ignoreMessage(QtCriticalMsg, QRegularExpression(u"beyond bounds"_s));
+        QVERIFY(!root->insertChild(extra, 2));
+        QCOMPARE(TreePicture::of(*root), u"{a = 1;}"_s);
+        QCOMPARE(extra->nodeParent(), nullptr);
+    }
+
+    void descendants()
+    {
+        const PListNodePtr root = PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"e"_s, integer(1)}}}});
+        const PListNodePtr deep = root->firstChild()->firstChild();
+        const PListNodePtr stranger = PListNode::initWithName(u"e"_s, integer(1));
+        QVERIFY(deep->isDescendantOfNode(root.get()));
+        QVERIFY(deep->isDescendantOfNode(deep.get()));
+        QVERIFY(!root->isDescendantOfNode(deep.get()));
+        QVERIFY(!deep->isDescendantOfNode(stranger.get()));
+        QVERIFY(!deep->isDescendantOfNode(nullptr));
+        QVERIFY(deep->isDescendantOfNodeInArray({stranger, root}));
+        QVERIFY(!deep->isDescendantOfNodeInArray({stranger}));
+    }
+
+    void equality_data()
+    {
+        QTest::addColumn<PropertyList>("left");
+        QTest::addColumn<PropertyList>("right");
+        QTest::addColumn<bool>("expected");
+        const PropertyList full(PropertyDictionary{{u"k"_s, integer(1)}});
+        QTest::newRow("numbers equal by value across widths")
+            << integer(1) << PropertyList::integer(1, 'q') << true;
+        QTest::newRow("an integer never equals a real") << integer(1) << PropertyList::real(1.0) << false;
+        QTest::newRow("strings compare exactly") << PropertyList(u"a"_s) << PropertyList(u"A"_s) << false;
+        QTest::newRow("no children equals a node with some") << PropertyList(PropertyDictionary()) << full << true;
+        QTest::newRow("children are compared when present") << full << PropertyList(PropertyDictionary()) << false;
+        QTest::newRow("children compared by position")
+            << PropertyList(PropertyArray{u"a"_s, u"b"_s}) << PropertyList(PropertyArray{u"b"_s, u"a"_s}) << false;
+        QTest::newRow("array against dictionary") << PropertyList(PropertyArray()) << PropertyList(PropertyDictionary())
+                                                  << false;
+    }
+
+    void equality()
+    {
+        QFETCH(PropertyList, left);
+        QFETCH(PropertyList, right);
+        QFETCH(bool, expected);
+        QCOMPARE(nodeFor(left)->isEqualToNode(*nodeFor(right)), expected);
+        QVERIFY(!nodeFor(left, u"m"_s)->isEqualToNode(*nodeFor(left)));
+    }
+
+    void copyIsDeepAndSharesLinks()
+    {
+        const PListNodePtr root =
+            PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"a"_s, PropertyArray{integer(1)}}}}});
+        const PListNodePtr source = root->firstChild();
+        source->setCanEdit(false);
+        const PListNodePtr copy = source->copy();
+        QCOMPARE(copy->nodeParent(), root.get());
+        QCOMPARE(root->numberOfChildren(), 1);
+        QVERIFY(copy->isEqualToNode(*source) && source->isEqualToNode(*copy));
+        QVERIFY(!copy->firstChild()->firstChild()->canEdit());
+        QCOMPARE(copy->firstChild()->nodeParent(), copy.get());
+
+        copy->firstChild()->setName(u"renamed"_s);
+        copy->firstChild()->removeChild(copy->firstChild()->firstChild());
+        QCOMPARE(TreePicture::of(*root), u"{d = {a = (1);};}"_s);
+    }
+
+    void copyOfArrayStillRefreshesItems()
+    {
+        const PListNodePtr root = PListNode::treeFromDictionary({{u"list"_s, PropertyArray{integer(1), integer(2)}}});
+        const PListNodePtr list = root->firstChild();
+        Recorder recorder;
+        PListNode::setObserver(root.get(), &recorder);
+        const PListNodePtr copy = list->copy();
+        // The quieting flag is raised on the source, so the copy's items are refreshed...
+        QVERIFY(recorder.renamed.contains(copy->lastChild().get()));
+        // ...and lowered again afterwards, so the source's items are refreshed too.
+        recorder.renamed.clear();
+        list->insertChild(PListNode::initWithName(u"x"_s, integer(3)), 0);
+        PListNode::setObserver(root.get(), nullptr);
+        QVERIFY(recorder.renamed.contains(list->lastChild().get()));
+    }
+
+    void searchCopyCopiesItsReference()
+    {
+        const PListNodePtr real = PListNode::initWithName(u"k"_s, integer(1));
+        const PListNodePtr stand = PListNode::initWithName(u"other"_s, integer(2));
+        stand->setSearchReference(real.get());
+        const PListNodePtr copy = stand->copy();
+        QCOMPARE(copy->searchReference(), real.get());
+        QCOMPARE(copy->name(), u"k"_s);
+        QCOMPARE(stand->initialValue(), integer(1));
+        stand->setName(u"renamed"_s);
+        QCOMPARE(real->name(), u"renamed"_s);
+    }
+
+    void archiveRoundTrip()
+    {
+        const PListNodePtr root = PListNode::treeFromDictionary(
+            {{u"s"_s, u"text"_s},
+             {u"list"_s, PropertyArray{PropertyList::real(0.5, 'f'), PropertyList::boolean(true),
+                                       PropertyDictionary{{u"d"_s, PropertyList(QByteArray("\0\1", 2))}}}},
+             {u"when"_s, PropertyList::date(1.0e8)},
+             {u"uid"_s, PropertyList::uid(3)}});
+        const PListNodePtr back = throughArchive(*root);
+        QVERIFY(back);
+        QVERIFY(back->isEqualToNode(*root) && root->isEqualToNode(*back));
+        QVERIFY(back->initialValue().isIdenticalTo(root->initialValue()));
+        QCOMPARE(back->childWithName(u"uid"_s)->menu(), int(NoClass));
+        QVERIFY(back->childWithName(u"list"_s)->childAtIndex(1)->valueIsBool());
+        const PListNodePtr deep = back->childWithName(u"list"_s)->lastChild()->firstChild();
+        QCOMPARE(deep->nodeParent(), back->childWithName(u"list"_s)->lastChild().get());
+        QVERIFY(!back->canEdit() && !deep->canEdit());
+        back->setNodeParent(root.get());
+        QVERIFY(deep->canEdit());
+
+        // The archive comes from the pasteboard: a tag this build does not know is no class.
+        ArchivedNode archived = root->firstChild()->encodeWithCoder();
+        archived.menuValue = integer(99);
+        QCOMPARE(PListNode::initWithCoder(archived)->menu(), int(NoClass));
+    }
+
+    void editabilityFollowsParent()
+    {
+        const PListNodePtr root = PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"e"_s, integer(1)}}}});
+        const PListNodePtr deep = root->firstChild()->firstChild();
+        root->setCanEdit(false);
+        QVERIFY(!deep->canEdit());
+        root->setCanEdit(true);
+        QVERIFY(deep->canEdit());
+        const PListNodePtr group = root->firstChild();
+        group->removeFromParent();
+        QVERIFY(!group->canEdit() && !deep->canEdit());
+        root->insertChild(group, 0);
+        QVERIFY(deep->canEdit());
+    }
+
+    void description()
+    {
+        const PListNodePtr root = PListNode::treeFromDictionary({{u"k"_s, integer(5)}});
+        QString text = root->firstChild()->description();
+        text.replace(QRegularExpression(u"0x[0-9a-f]+"_s), u"0x?"_s);
+        QCOMPARE(text, u"<PListNode 0x?> { contents = (\n\tname=k\n\tvalue=5\n\tmenuValue=2\n\tnodeChildren=0\n\t(\n)\n"
+                        "\tnodeParent=OVRoot\n\t)\n}"_s);
+        text = root->description();
+        text.replace(QRegularExpression(u"0x[0-9a-f]+"_s), u"0x?"_s);
+        QVERIFY2(text.contains(u"nodeChildren=1\n\t(\n    <PListNode 0x?> { contents = (\n\tname=k"_s), qPrintable(text));
+        QVERIFY(text.endsWith(u"}\n)\n\tnodeParent=No Parent\n\t)\n}"_s));
+    }
+
+    void corpusFiles_data()
+    {
+        QTest::addColumn<PropertyList>("original");
+        ORVANE_REQUIRE_CORPUS();
+        const QStringList paths = Corpus::files(u"plists/binary"_s) + Corpus::files(u"plists/xml"_s);
+        for (const QString &path : paths) {
+            const auto read = PropertyListSerialization::readFile(path);
+            if (read && read.value.value.isDictionary())
+                QTest::newRow(qPrintable(path.section(u'/', -2))) << read.value.value;
+        }
+    }
+
+    // Built, sorted, copied and archived, a real file's tree still stands for the file.
+    void corpusFiles()
+    {
+        QFETCH(PropertyList, original);
+        const PListNodePtr root = PListNode::treeFromDictionary(original.dictionaryRef());
+        QVERIFY(root->initialValue().isIdenticalTo(original));
+        root->recursiveSortChildren();
+        QVERIFY(sortedAndLinked(*root));
+        QVERIFY(root->initialValue().isIdenticalTo(original));
+        QVERIFY(root->copy()->initialValue().isIdenticalTo(original));
+        const PListNodePtr back = throughArchive(*root);
+        QVERIFY(back && back->isEqualToNode(*root));
+        QVERIFY(back->initialValue().isIdenticalTo(original));
+    }
+};
+
+ORVANE_TEST(PListNodeTreeTest)
+#include "PListNodeTreeTest.moc"
