@@ -232,8 +232,10 @@ void PListNode::removeFromParent()
         return;
     PListNode *parent = m_parent;
     const int position = parent->indexOfChildIdenticalTo(this);
-    if (position >= 0)
-        parent->removeChild(parent->m_children.at(position));
+    if (position >= 0) {
+        const PListNodePtr self = parent->m_children.at(position); // keeps this node alive while it is removed
+        parent->removeChild(self);
+    }
 }
 
 int PListNode::indexOfChildIdenticalTo(const PListNode *node) const
