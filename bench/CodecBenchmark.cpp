@@ -8,6 +8,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <optional>
+
 namespace {
 
 QString corpusRoot()
@@ -44,16 +46,25 @@ void readFile(benchmark::State &state)
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * bytes.size());
 }
 
-void writeFile(benchmark::State &state, PropertyListFormat format)
+// The value of the benchmark's corpus file, or nothing (and the run marked skipped).
+std::optional<PropertyList> corpusValue(benchmark::State &state)
 {
     const auto read = PropertyListSerialization::read(corpusFile(kFiles[state.range(0)]));
     if (!read) {
         state.SkipWithError("corpus file not readable");
-        return;
+        return std::nullopt;
     }
     state.SetLabel(kFiles[state.range(0)]);
+    return read.value.value;
+}
+
+void writeFile(benchmark::State &state, PropertyListFormat format)
+{
+    const auto value = corpusValue(state);
+    if (!value)
+        return;
     for (auto _ : state) {
-        QByteArray bytes = PropertyListSerialization::write(read.value.value, format);
+        QByteArray bytes = PropertyListSerialization::write(*value, format);
         benchmark::DoNotOptimize(bytes);
     }
 }
@@ -63,14 +74,11 @@ void writeBinary(benchmark::State &state) { writeFile(state, PropertyListFormat:
 
 void describe(benchmark::State &state)
 {
-    const auto read = PropertyListSerialization::read(corpusFile(kFiles[state.range(0)]));
-    if (!read) {
-        state.SkipWithError("corpus file not readable");
+    const auto value = corpusValue(state);
+    if (!value)
         return;
-    }
-    state.SetLabel(kFiles[state.range(0)]);
     for (auto _ : state) {
-        QString text = read.value.value.description();
+        QString text = value->description();
         benchmark::DoNotOptimize(text);
     }
 }
