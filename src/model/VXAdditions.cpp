@@ -30,7 +30,7 @@ SearchQuery parseQuery(const QString &query)
     const QChar first = query.front();
     const bool firstIsMark = first == u'#' || first == u'!';
     if (!firstIsMark || query.size() == 1)
-        return {query, false, query.size() == 1 ? Qt::CaseSensitive : Qt::CaseInsensitive};
+        return {query, false, Qt::CaseInsensitive};
     const QChar second = query.at(1);
     const bool bothMarks = (first == u'#' && second == u'!') || (first == u'!' && second == u'#');
     if (bothMarks)
