@@ -80,20 +80,15 @@ private slots:
         QTest::newRow("digit runs compare by value, not by text") << u"Item 9"_s << u"Item 10"_s << -1;
         QTest::newRow("case is ignored") << u"abc"_s << u"ABC"_s << 0;
         QTest::newRow("a prefix sorts first") << u"b"_s << u"B10"_s << -1;
-        QTest::newRow("case ignored beside numbers") << u"b9"_s << u"B10"_s << -1;
         QTest::newRow("leading zeros do not count") << u"x007"_s << u"x7"_s << 0;
         QTest::newRow("comparison goes on after equal numbers") << u"a007b"_s << u"a7c"_s << -1;
-        QTest::newRow("zero run against zero") << u"v000"_s << u"v0"_s << 0;
-        QTest::newRow("runs beyond 64 bits by length")
-            << u"n18446744073709551616"_s << u"n9223372036854775808"_s << 1;
+        QTest::newRow("runs beyond 64 bits by length") << u"n18446744073709551616"_s << u"n9223372036854775808"_s << 1;
         QTest::newRow("runs beyond 64 bits by digits")
             << u"n98765432109876543210123"_s << u"n98765432109876543210124"_s << -1;
-        QTest::newRow("long zero padding") << u"n00000000000000000000000000001"_s << u"n1"_s << 0;
         QTest::newRow("folds to lower case: _ before letters") << u"_z"_s << u"Aa"_s << -1;
         QTest::newRow("digit against punctuation by code") << u"a1"_s << u"a-"_s << 1;
         QTest::newRow("empty first") << QString() << u"a"_s << -1;
         QTest::newRow("accented case ignored") << u"\u00c9t\u00e9"_s << u"\u00e9T\u00c9"_s << 0;
-        QTest::newRow("accented letter after ASCII") << u"\u00e4"_s << u"z"_s << 1;
         QTest::newRow("non-BMP case pairs fold whole") << u"\U00010400x"_s << u"\U00010428y"_s << -1;
     }
 
@@ -106,29 +101,6 @@ private slots:
         const PListNodePtr b = PListNode::initWithName(right, integer(1));
         QCOMPARE(a->compare(*b), expected);
         QCOMPARE(b->compare(*a), -expected);
-    }
-
-    void sortChildren_data()
-    {
-        QTest::addColumn<PropertyList>("value");
-        QTest::addColumn<QString>("expected");
-        const PropertyDictionary keys{{u"b"_s, integer(1)}, {u"B10"_s, integer(2)}, {u"b9"_s, integer(3)},
-                                      {u"a"_s, integer(4)}};
-        QTest::newRow("dictionary keys in natural order") << PropertyList(keys) << u"a,b,b9,B10"_s;
-        QTest::newRow("tied keys keep their order")
-            << PropertyList(PropertyDictionary{{u"x"_s, integer(1)}, {u"ABC"_s, integer(1)}, {u"abc"_s, integer(1)}})
-            << u"ABC,abc,x"_s;
-        QTest::newRow("an array keeps its order") << PropertyList(PropertyArray{u"z"_s, u"a"_s, u"m"_s})
-                                                  << u"z,a,m"_s;
-    }
-
-    void sortChildren()
-    {
-        QFETCH(PropertyList, value);
-        QFETCH(QString, expected);
-        const PListNodePtr node = nodeFor(value);
-        node->sortChildren();
-        QCOMPARE(childNames(*node), expected);
     }
 
     // Sorting takes shortcuts over the leading characters of names; whatever
@@ -182,32 +154,20 @@ private slots:
         QCOMPARE(TreePicture::of(*root), u"{list = ({a = 2; z = 1;}, {B = 4; c = 3;}); y = {p = 6; q = 5;};}"_s);
     }
 
-    void fixupNames_data()
-    {
-        QTest::addColumn<PropertyList>("value");
-        QTest::addColumn<bool>("searchCopy");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("array items by position")
-            << PropertyList(PropertyArray{u"x"_s, integer(2), PropertyDictionary{{u"k"_s, integer(1)}}}) << false
-            << u"Item 1,Item 2,Item 3"_s;
-        QTest::newRow("a dictionary keeps its keys")
-            << PropertyList(PropertyDictionary{{u"k"_s, integer(1)}}) << false << u"k"_s;
-        QTest::newRow("a search copy is left alone") << PropertyList(PropertyArray{u"x"_s}) << true << u"x"_s;
-    }
-
     void fixupNames()
     {
-        QFETCH(PropertyList, value);
-        QFETCH(bool, searchCopy);
-        QFETCH(QString, expected);
-        const PListNodePtr node = nodeFor(value);
-        const PListNodePtr real = nodeFor(value);
-        if (searchCopy)
-            node->setSearchReference(real.get());
-        if (!node->isArray() && !searchCopy)
-            QTest::ignoreMessage(QtWarningMsg, "Attempt to fix the names of a non-array type.");
-        node->fixupNames();
-        QCOMPARE(childNames(*node), expected);
+        const PropertyArray items{u"x"_s, integer(2), PropertyDictionary{{u"k"_s, integer(1)}}};
+        const PListNodePtr array = nodeFor(items);
+        array->fixupNames();
+        QCOMPARE(childNames(*array), u"Item 1,Item 2,Item 3"_s);
+        const PListNodePtr dictionary = nodeFor(PropertyDictionary{{u"k"_s, integer(1)}});
+        QTest::ignoreMessage(QtWarningMsg, "Attempt to fix the names of a non-array type.");
+        dictionary->fixupNames();
+        QCOMPARE(childNames(*dictionary), u"k"_s);
+        const PListNodePtr searchCopy = nodeFor(PropertyArray{u"x"_s}); // left to its real node
+        searchCopy->setSearchReference(array.get());
+        searchCopy->fixupNames();
+        QCOMPARE(childNames(*searchCopy), u"x"_s);
     }
 
     void lookups()
@@ -216,42 +176,28 @@ private slots:
         QCOMPARE(root->childAtIndex(PListNode::kNotFound), nullptr);
         QCOMPARE(root->childAtIndex(2), nullptr);
         QCOMPARE(root->childAtIndex(1)->name(), u"b"_s);
-
         const PListNodePtr twin = PListNode::initWithName(u"b"_s, integer(2));
         QCOMPARE(root->indexOfChild(twin.get()), 1);
         QCOMPARE(root->indexOfChildIdenticalTo(twin.get()), -1);
         QCOMPARE(root->indexOfChildIdenticalTo(root->childAtIndex(1).get()), 1);
-
         // An equal stranger: it loses its parent, the real child stays.
         twin->setNodeParent(root.get());
         root->removeChild(twin);
         QCOMPARE(twin->nodeParent(), nullptr);
         QCOMPARE(childNames(*root), u"a,b"_s);
         QCOMPARE(root->childAtIndex(1)->nodeParent(), root.get());
-    }
-
-    void insertBeyondEndIsRefused()
-    {
-        const PListNodePtr root = PListNode::treeFromDictionary({{u"a"_s, integer(1)}});
-        const PListNodePtr extra = PListNode::initWithName(u"x"_s, integer(9));
+        // Inserting beyond the end is refused and leaves both alone.
         QTest::ignoreMessage(QtCriticalMsg, QRegularExpression(u"beyond bounds"_s));
-        QVERIFY(!root->insertChild(extra, 2));
-        QCOMPARE(TreePicture::of(*root), u"{a = 1;}"_s);
-        QCOMPARE(extra->nodeParent(), nullptr);
-    }
+        QVERIFY(!root->insertChild(twin, 3));
+        QCOMPARE(TreePicture::of(*root), u"{a = 1; b = 2;}"_s);
+        QCOMPARE(twin->nodeParent(), nullptr);
 
-    void descendants()
-    {
-        const PListNodePtr root = PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"e"_s, integer(1)}}}});
-        const PListNodePtr deep = root->firstChild()->firstChild();
-        const PListNodePtr stranger = PListNode::initWithName(u"e"_s, integer(1));
-        QVERIFY(deep->isDescendantOfNode(root.get()));
-        QVERIFY(deep->isDescendantOfNode(deep.get()));
-        QVERIFY(!root->isDescendantOfNode(deep.get()));
-        QVERIFY(!deep->isDescendantOfNode(stranger.get()));
-        QVERIFY(!deep->isDescendantOfNode(nullptr));
-        QVERIFY(deep->isDescendantOfNodeInArray({stranger, root}));
-        QVERIFY(!deep->isDescendantOfNodeInArray({stranger}));
+        const PListNodePtr deep = PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"e"_s, integer(1)}}}});
+        const PListNode *e = deep->firstChild()->firstChild().get();
+        QVERIFY(e->isDescendantOfNode(deep.get()) && e->isDescendantOfNode(e));
+        QVERIFY(!deep->isDescendantOfNode(e) && !e->isDescendantOfNode(root.get()) && !e->isDescendantOfNode(nullptr));
+        QVERIFY(e->isDescendantOfNodeInArray({twin, deep}));
+        QVERIFY(!e->isDescendantOfNodeInArray({twin, root}));
     }
 
     void equality_data()
@@ -260,16 +206,14 @@ private slots:
         QTest::addColumn<PropertyList>("right");
         QTest::addColumn<bool>("expected");
         const PropertyList full(PropertyDictionary{{u"k"_s, integer(1)}});
-        QTest::newRow("numbers equal by value across widths")
-            << integer(1) << PropertyList::integer(1, 'q') << true;
+        QTest::newRow("numbers equal by value across widths") << integer(1) << PropertyList::integer(1, 'q') << true;
         QTest::newRow("an integer never equals a real") << integer(1) << PropertyList::real(1.0) << false;
-        QTest::newRow("strings compare exactly") << PropertyList(u"a"_s) << PropertyList(u"A"_s) << false;
         QTest::newRow("no children equals a node with some") << PropertyList(PropertyDictionary()) << full << true;
         QTest::newRow("children are compared when present") << full << PropertyList(PropertyDictionary()) << false;
         QTest::newRow("children compared by position")
             << PropertyList(PropertyArray{u"a"_s, u"b"_s}) << PropertyList(PropertyArray{u"b"_s, u"a"_s}) << false;
-        QTest::newRow("array against dictionary") << PropertyList(PropertyArray()) << PropertyList(PropertyDictionary())
-                                                  << false;
+        QTest::newRow("array against dictionary")
+            << PropertyList(PropertyArray()) << PropertyList(PropertyDictionary()) << false;
     }
 
     void equality()
@@ -293,7 +237,6 @@ private slots:
         QVERIFY(copy->isEqualToNode(*source) && source->isEqualToNode(*copy));
         QVERIFY(!copy->firstChild()->firstChild()->canEdit());
         QCOMPARE(copy->firstChild()->nodeParent(), copy.get());
-
         copy->firstChild()->setName(u"renamed"_s);
         copy->firstChild()->removeChild(copy->firstChild()->firstChild());
         QCOMPARE(TreePicture::of(*root), u"{d = {a = (1);};}"_s);
@@ -324,8 +267,6 @@ private slots:
         QCOMPARE(copy->searchReference(), real.get());
         QCOMPARE(copy->name(), u"k"_s);
         QCOMPARE(stand->initialValue(), integer(1));
-        stand->setName(u"renamed"_s);
-        QCOMPARE(real->name(), u"renamed"_s);
     }
 
     void archiveRoundTrip()
@@ -347,7 +288,6 @@ private slots:
         QVERIFY(!back->canEdit() && !deep->canEdit());
         back->setNodeParent(root.get());
         QVERIFY(deep->canEdit());
-
         // The archive comes from the pasteboard: a tag this build does not know is no class.
         ArchivedNode archived = root->firstChild()->encodeWithCoder();
         archived.menuValue = integer(99);
@@ -357,29 +297,14 @@ private slots:
     void editabilityFollowsParent()
     {
         const PListNodePtr root = PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"e"_s, integer(1)}}}});
-        const PListNodePtr deep = root->firstChild()->firstChild();
+        const PListNodePtr group = root->firstChild(), deep = group->firstChild();
         root->setCanEdit(false);
         QVERIFY(!deep->canEdit());
         root->setCanEdit(true);
-        QVERIFY(deep->canEdit());
-        const PListNodePtr group = root->firstChild();
         group->removeFromParent();
         QVERIFY(!group->canEdit() && !deep->canEdit());
         root->insertChild(group, 0);
         QVERIFY(deep->canEdit());
-    }
-
-    void description()
-    {
-        const PListNodePtr root = PListNode::treeFromDictionary({{u"k"_s, integer(5)}});
-        QString text = root->firstChild()->description();
-        text.replace(QRegularExpression(u"0x[0-9a-f]+"_s), u"0x?"_s);
-        QCOMPARE(text, u"<PListNode 0x?> { contents = (\n\tname=k\n\tvalue=5\n\tmenuValue=2\n\tnodeChildren=0\n\t(\n)\n"
-                        "\tnodeParent=OVRoot\n\t)\n}"_s);
-        text = root->description();
-        text.replace(QRegularExpression(u"0x[0-9a-f]+"_s), u"0x?"_s);
-        QVERIFY2(text.contains(u"nodeChildren=1\n\t(\n    <PListNode 0x?> { contents = (\n\tname=k"_s), qPrintable(text));
-        QVERIFY(text.endsWith(u"}\n)\n\tnodeParent=No Parent\n\t)\n}"_s));
     }
 
     void corpusFiles_data()
@@ -399,7 +324,6 @@ private slots:
     {
         QFETCH(PropertyList, original);
         const PListNodePtr root = PListNode::treeFromDictionary(original.dictionaryRef());
-        QVERIFY(root->initialValue().isIdenticalTo(original));
         root->recursiveSortChildren();
         QVERIFY(sortedAndLinked(*root));
         QVERIFY(root->initialValue().isIdenticalTo(original));
