@@ -7,7 +7,6 @@
 #include "platform/XmlPropertyListReader.h"
 #include "platform/XmlPropertyListWriter.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QStringEncoder>
 #include <QTest>
@@ -19,9 +18,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr qint64 kInt64Min = std::numeric_limits<qint64>::min();
 constexpr qint64 kInt64Max = std::numeric_limits<qint64>::max();
-constexpr quint64 kUInt64Max = std::numeric_limits<quint64>::max();
 
 QByteArray encoded(QStringConverter::Encoding encoding, const QString &text, bool mark)
 {
@@ -46,7 +43,6 @@ const QByteArray kHeader = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
 
 class XmlPropertyListTest : public QObject {
     Q_OBJECT
-
 private slots:
     void sniff_data();
     void sniff();
@@ -54,13 +50,10 @@ private slots:
     void brokenInput();
     void readsValues_data();
     void readsValues();
-    void nestingUpToTheLimitReads();
     void writesPlatformBytes_data();
     void writesPlatformBytes();
     void corpusFilesRoundTrip_data();
     void corpusFilesRoundTrip();
-    void platformWrittenFilesComeBackByteForByte_data();
-    void platformWrittenFilesComeBackByteForByte();
 };
 
 void XmlPropertyListTest::sniff_data()
@@ -68,17 +61,12 @@ void XmlPropertyListTest::sniff_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<bool>("xml");
     QTest::newRow("declaration") << QByteArray("<?xml version=\"1.0\"?>") << true;
-    QTest::newRow("bare plist element") << QByteArray("<plist>") << true;
-    QTest::newRow("comment after white space") << QByteArray(" \r\n\t<!-- x -->") << true;
     QTest::newRow("old-style data is not markup") << QByteArray("<0a0b>") << false;
-    QTest::newRow("old-style dictionary") << QByteArray("{a = 1;}") << false;
     QTest::newRow("binary magic") << QByteArray("bplist00") << false;
     QTest::newRow("UTF-8 mark then markup") << QByteArray("\xEF\xBB\xBF<plist>") << true;
     QTest::newRow("UTF-16LE mark then markup") << encoded(QStringConverter::Utf16LE, u"<?xml"_s, true) << true;
-    QTest::newRow("UTF-16BE mark then old-style text") << encoded(QStringConverter::Utf16BE, u"{a=1;}"_s, true) << false;
     QTest::newRow("UTF-32LE mark then markup") << encoded(QStringConverter::Utf32LE, u" <dict/>"_s, true) << true;
     QTest::newRow("NUL in the first two bytes") << QByteArray("\0<\0p", 4) << true;
-    QTest::newRow("lone '<'") << QByteArray("<") << false;
     QTest::newRow("empty") << QByteArray() << false;
 }
 
@@ -96,29 +84,21 @@ void XmlPropertyListTest::brokenInput_data()
     QTest::addColumn<int>("line");
     QTest::addColumn<int>("column");
     QTest::addColumn<qint64>("offset");
-
     QTest::newRow("empty input") << QByteArray() << ReadStatus::Empty << 0 << 0 << qint64(0);
     QTest::newRow("text where an element belongs") << QByteArray("hello") << ReadStatus::Syntax << 1 << 1 << qint64(0);
     QTest::newRow("element never closed") << QByteArray("<plist><dict>\n<key>a</key><string>x</string>")
                                           << ReadStatus::Truncated << 2 << 31 << qint64(44);
     QTest::newRow("unterminated comment") << QByteArray("<!-- x") << ReadStatus::Truncated << 1 << 1 << qint64(0);
-    QTest::newRow("unterminated CDATA") << QByteArray("<string><![CDATA[abc") << ReadStatus::Truncated << 1 << 9 << qint64(8);
     QTest::newRow("key inside array") << QByteArray("<array><key>k</key></array>") << ReadStatus::Syntax << 1 << 8 << qint64(7);
-    QTest::newRow("value without key") << QByteArray("<dict><string>v</string></dict>") << ReadStatus::Syntax << 1 << 7 << qint64(6);
     QTest::newRow("dangling key") << QByteArray("<dict><key>k</key></dict>") << ReadStatus::Syntax << 1 << 19 << qint64(18);
-    QTest::newRow("key after key") << QByteArray("<dict><key>a</key><key>b</key>") << ReadStatus::Syntax << 1 << 19 << qint64(18);
     QTest::newRow("element inside key") << QByteArray("<dict><key><true/>k</key></dict>") << ReadStatus::Syntax << 1 << 12 << qint64(11);
-    QTest::newRow("text between entries") << QByteArray("<dict>x</dict>") << ReadStatus::Syntax << 1 << 7 << qint64(6);
     QTest::newRow("second value in plist") << QByteArray("<plist><true/><false/></plist>") << ReadStatus::Syntax << 1 << 15 << qint64(14);
     QTest::newRow("mismatched end tag") << QByteArray("<array></dict>") << ReadStatus::Syntax << 1 << 8 << qint64(7);
-    QTest::newRow("content in true") << QByteArray("<true>x</true>") << ReadStatus::Syntax << 1 << 7 << qint64(6);
     QTest::newRow("unknown element") << QByteArray("<plist><foo/></plist>") << ReadStatus::Syntax << 1 << 8 << qint64(7);
     QTest::newRow("entity declaration refused")
         << QByteArray("<!DOCTYPE plist [\n<!ENTITY e \"x\">\n]>\n<string>&e;</string>") << ReadStatus::Unsupported << 2 << 1 << qint64(18);
     QTest::newRow("unknown entity") << QByteArray("<string>&e;</string>") << ReadStatus::Syntax << 1 << 9 << qint64(8);
-    QTest::newRow("&amp without ';'") << QByteArray("<string>test&amp</string>") << ReadStatus::Syntax << 1 << 13 << qint64(12);
     QTest::newRow("lone surrogate reference") << QByteArray("<string>&#xD800;</string>") << ReadStatus::BadEncoding << 1 << 9 << qint64(8);
-    QTest::newRow("invalid UTF-8") << QByteArray("<string>\xC3\x28</string>") << ReadStatus::BadEncoding << 1 << 9 << qint64(8);
     // The column counts characters but the offset bytes: é is one unit and two bytes.
     QTest::newRow("invalid UTF-8 after multi-byte text")
         << QByteArray("<string>\xC3\xA9</string>\n<string>\xFF") << ReadStatus::BadEncoding << 2 << 9 << qint64(28);
@@ -128,12 +108,8 @@ void XmlPropertyListTest::brokenInput_data()
                                                 << ReadStatus::BadEncoding << 1 << 50 << qint64(49);
     QTest::newRow("bad integer 42xy") << QByteArray("<integer>42xy</integer>") << ReadStatus::BadValue << 1 << 10 << qint64(9);
     QTest::newRow("integer above UINT64_MAX") << QByteArray("<integer>18446744073709551616</integer>") << ReadStatus::BadValue << 1 << 10 << qint64(9);
-    QTest::newRow("integer below INT64_MIN") << QByteArray("<integer>-9223372036854775809</integer>") << ReadStatus::BadValue << 1 << 10 << qint64(9);
-    QTest::newRow("empty integer") << QByteArray("<integer/>") << ReadStatus::BadValue << 1 << 11 << qint64(10);
     QTest::newRow("real with trailing garbage") << QByteArray("<real>1.5x</real>") << ReadStatus::BadValue << 1 << 7 << qint64(6);
-    QTest::newRow("hexadecimal real") << QByteArray("<real>0x1p3</real>") << ReadStatus::BadValue << 1 << 7 << qint64(6);
     QTest::newRow("date with month 13") << QByteArray("<date>2019-13-01T00:00:00Z</date>") << ReadStatus::BadValue << 1 << 7 << qint64(6);
-    QTest::newRow("date without Z") << QByteArray("<date>2019-01-01T00:00:00</date>") << ReadStatus::BadValue << 1 << 7 << qint64(6);
     QTest::newRow("nesting beyond the limit") << QByteArray("<array>").repeated(513) << ReadStatus::TooDeep << 1 << 3585 << qint64(3584);
     QTest::newRow("CR LF is one line break") << QByteArray("<dict>\r\n<string>") << ReadStatus::Syntax << 2 << 1 << qint64(8);
     QTest::newRow("column counts UTF-16 units") << QByteArray("<dict><key>\xF0\x9F\x98\x80</key></dict>")
@@ -162,34 +138,22 @@ void XmlPropertyListTest::readsValues_data()
     QTest::addColumn<PropertyList>("expected");
 
     QTest::newRow("hex integer") << QByteArray("<integer>0x1F</integer>") << PropertyList::integer(31, 'q');
-    QTest::newRow("negative hex") << QByteArray("<integer>-0x10</integer>") << PropertyList::integer(-16, 'q');
     QTest::newRow("white space around and after sign") << QByteArray("<integer> - 42\n</integer>") << PropertyList::integer(-42, 'q');
     QTest::newRow("-1 from the cache") << QByteArray("<integer>-1</integer>") << PropertyList::integer(-1, 'i');
-    QTest::newRow("12 from the cache") << QByteArray("<integer>12</integer>") << PropertyList::integer(12, 'i');
     QTest::newRow("13 is 64-bit") << QByteArray("<integer>13</integer>") << PropertyList::integer(13, 'q');
-    QTest::newRow("-2 is 64-bit") << QByteArray("<integer>-2</integer>") << PropertyList::integer(-2, 'q');
-    QTest::newRow("all-zero digits") << QByteArray("<integer>-000</integer>") << PropertyList::integer(0, 'i');
     QTest::newRow("INT64_MAX stays signed") << QByteArray("<integer>9223372036854775807</integer>") << PropertyList::integer(kInt64Max, 'q');
-    QTest::newRow("INT64_MIN") << QByteArray("<integer>-9223372036854775808</integer>") << PropertyList::integer(kInt64Min, 'q');
     QTest::newRow("INT64_MAX+1 is Q") << QByteArray("<integer>9223372036854775808</integer>")
                                       << PropertyList::unsignedInteger(quint64(kInt64Max) + 1, 'Q');
-    QTest::newRow("UINT64_MAX is Q") << QByteArray("<integer>18446744073709551615</integer>") << PropertyList::unsignedInteger(kUInt64Max, 'Q');
     QTest::newRow("real with white space") << QByteArray("<real> -1e3 </real>") << PropertyList::real(-1000.0);
-    QTest::newRow("real without leading digit") << QByteArray("<real>.5</real>") << PropertyList::real(0.5);
     QTest::newRow("NaN in mixed case") << QByteArray("<real>NaN</real>") << PropertyList::real(std::numeric_limits<double>::quiet_NaN());
     QTest::newRow("+infinity") << QByteArray("<real>+infinity</real>") << PropertyList::real(kInf);
-    QTest::newRow("-INF") << QByteArray("<real>-INF</real>") << PropertyList::real(-kInf);
-    QTest::newRow("Infinity") << QByteArray("<real>Infinity</real>") << PropertyList::real(kInf);
     QTest::newRow("CDATA beside text") << QByteArray("<string>a<![CDATA[<&>]]>b</string>") << PropertyList(u"a<&>b"_s);
     QTest::newRow("entities and character references") << QByteArray("<string>&lt;&gt;&amp;&apos;&quot;&#65;&#x1F600;</string>")
                                                        << PropertyList(u"<>&'\"A\U0001F600"_s);
-    QTest::newRow("comment inside text dropped") << QByteArray("<string>a<!-- x -->b</string>") << PropertyList(u"ab"_s);
     QTest::newRow("raw control character kept") << QByteArray("<string>a\x01\tb</string>") << PropertyList(u"a\x01\tb"_s);
     QTest::newRow("UTF-16LE with mark") << encoded(QStringConverter::Utf16LE, u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><string>é😀</string>"_s, true)
                                         << PropertyList(u"é😀"_s);
-    QTest::newRow("UTF-16BE without mark") << encoded(QStringConverter::Utf16BE, u"<string>é</string>"_s, false) << PropertyList(u"é"_s);
     QTest::newRow("UTF-32LE with mark") << encoded(QStringConverter::Utf32LE, u"<string>é😀</string>"_s, true) << PropertyList(u"é😀"_s);
-    QTest::newRow("UTF-8 mark") << QByteArray("\xEF\xBB\xBF<string>\xC3\xA9</string>") << PropertyList(u"é"_s);
     QTest::newRow("declared ISO-8859-1") << QByteArray("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><string>\xE9</string>")
                                          << PropertyList(u"é"_s);
     QTest::newRow("declared UTF-16 in 8-bit text is UTF-8")
@@ -200,15 +164,11 @@ void XmlPropertyListTest::readsValues_data()
         << PropertyList(PropertyDictionary{{u"CF$UID"_s, PropertyList::integer(7, 'i')}, {u"x"_s, PropertyList::boolean(true)}});
     QTest::newRow("empty plist wrapper is an empty dictionary") << QByteArray("<plist version=\"1.0\">\n</plist>")
                                                                 << PropertyList(PropertyDictionary());
-    QTest::newRow("self-closed plist wrapper") << QByteArray("<plist/>") << PropertyList(PropertyDictionary());
     QTest::newRow("text after the first element ignored") << QByteArray("<true/> trailing <garbage") << PropertyList::boolean(true);
     QTest::newRow("duplicate key: last wins") << QByteArray("<dict><key>a</key><integer>1</integer><key>a</key><integer>20</integer></dict>")
                                               << PropertyList(PropertyDictionary{{u"a"_s, PropertyList::integer(20, 'q')}});
     QTest::newRow("data skips non-base64 characters") << QByteArray("<data>\n\tQU\n\tJD !</data>") << PropertyList(QByteArray("ABC"));
-    QTest::newRow("padding ends each group") << QByteArray("<data>Cg==Cg==</data>") << PropertyList(QByteArray("\n\n"));
     QTest::newRow("date in year 0") << QByteArray("<date>0000-12-30T00:00:00Z</date>") << PropertyList::date(-63114076800.0);
-    QTest::newRow("date in year 4001") << QByteArray("<date>4001-01-01T00:00:00Z</date>") << PropertyList::date(63113904000.0);
-    QTest::newRow("date before year 0") << QByteArray("<date>-0001-12-31T00:00:00Z</date>") << PropertyList::date(-63145612800.0);
     QTest::newRow("day past the month's end runs on") << QByteArray("<date>2019-02-30T00:00:00Z</date>") << PropertyList::date(573177600.0);
     QTest::newRow("empty-element forms")
         << QByteArray("<array><string/><data/><dict/><array/><true></true></array>")
@@ -221,6 +181,9 @@ void XmlPropertyListTest::readsValues_data()
         << QByteArray("<?xml version=\"1.0\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple Computer//DTD PLIST 1.0//EN\" \"x.dtd\">\n"
                       "<plist><!-- c --><?pi x?><false/><!-- d --></plist>")
         << PropertyList::boolean(false);
+    QTest::newRow("nesting up to the limit")
+        << QByteArray("<array>").repeated(511) + "<dict/>" + QByteArray("</array>").repeated(511)
+        << nestedInArrays(PropertyDictionary(), 511);
 }
 
 void XmlPropertyListTest::readsValues()
@@ -231,14 +194,6 @@ void XmlPropertyListTest::readsValues()
     QVERIFY2(result.ok(), qPrintable(result.errorText()));
     QVERIFY2(result.value.isIdenticalTo(expected),
              qPrintable(result.value.description() + u" type "_s + QLatin1Char(result.value.typeCode() ? result.value.typeCode() : '-')));
-}
-
-void XmlPropertyListTest::nestingUpToTheLimitReads()
-{
-    const QByteArray input = QByteArray("<array>").repeated(511) + "<dict/>" + QByteArray("</array>").repeated(511);
-    const ReadResult<PropertyList> result = XmlPropertyListReader::read(input);
-    QVERIFY2(result.ok(), qPrintable(result.errorText()));
-    QVERIFY(result.value.isIdenticalTo(nestedInArrays(PropertyDictionary(), 511)));
 }
 
 void XmlPropertyListTest::writesPlatformBytes_data()
@@ -270,19 +225,10 @@ void XmlPropertyListTest::writesPlatformBytes_data()
                       "\t<real>0.0</real>\n\t<real>+infinity</real>\n\t<real>-infinity</real>\n\t<real>nan</real>\n</array>\n")
         << true;
     QTest::newRow("float written as its double") << PropertyList::real(0.1, 'f') << QByteArray("<real>0.10000000149011612</real>\n") << false;
-    QTest::newRow("integers at the ends of the range")
-        << PropertyList(PropertyArray{PropertyList::integer(kInt64Min), PropertyList::unsignedInteger(kUInt64Max, 'Q')})
-        << QByteArray("<array>\n\t<integer>-9223372036854775808</integer>\n\t<integer>18446744073709551615</integer>\n</array>\n")
-        << true;
     const QByteArray sixty = QByteArray::fromBase64("AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIjJCUmJygpKissLS4vMDEyMzQ1Njc4OTo7");
     QTest::newRow("data lines of 76 at depth 0")
         << PropertyList(sixty)
         << QByteArray("<data>\nAAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIjJCUmJygpKissLS4vMDEyMzQ1Njc4\nOTo7\n</data>\n")
-        << true;
-    QTest::newRow("data lines of 52 at depth 3")
-        << nestedInArrays(sixty, 3)
-        << QByteArray("<array>\n\t<array>\n\t\t<array>\n\t\t\t<data>\n\t\t\tAAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIjJCUm\n"
-                      "\t\t\tJygpKissLS4vMDEyMzQ1Njc4OTo7\n\t\t\t</data>\n\t\t</array>\n\t</array>\n</array>\n")
         << true;
     QTest::newRow("data lines keep 12 characters past depth 8")
         << nestedInArrays(QByteArray("0123456789abcde"), 9)
@@ -291,7 +237,6 @@ void XmlPropertyListTest::writesPlatformBytes_data()
                       "\t\t\t\t\t\t\t\t\tOWFiY2Rl\n\t\t\t\t\t\t\t\t\t</data>\n\t\t\t\t\t\t\t\t</array>\n\t\t\t\t\t\t\t</array>\n"
                       "\t\t\t\t\t\t</array>\n\t\t\t\t\t</array>\n\t\t\t\t</array>\n\t\t\t</array>\n\t\t</array>\n\t</array>\n</array>\n")
         << true;
-    QTest::newRow("empty data") << PropertyList(QByteArray()) << QByteArray("<data>\n</data>\n") << true;
     QTest::newRow("empty containers and string")
         << PropertyList(PropertyArray{PropertyList(PropertyDictionary()), PropertyList(PropertyArray()), PropertyList(QString())})
         << QByteArray("<array>\n\t<dict/>\n\t<array/>\n\t<string></string>\n</array>\n") << true;
@@ -324,67 +269,46 @@ void XmlPropertyListTest::writesPlatformBytes()
     }
 }
 
+// Every corpus XML file survives a round trip; files the platform's own
+// serialiser wrote must come back byte for byte. That list was found by writing
+// every file back and looking at each one that differs: all of them show another
+// writer or a hand edit (two- or four-space indentation, keys out of code order,
+// comments, <data> on one line as Xcode writes Info.plists, &apos; escapes, no
+// header, UTF-16, an empty <plist>), or the 10.4 "-//Apple Computer//" header,
+// which this writer does not produce. The KCN file from the malformed folder is
+// a real preference file with dates in years 0 and 4001.
 void XmlPropertyListTest::corpusFilesRoundTrip_data()
 {
     QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("byteForByte");
     ORVANE_REQUIRE_CORPUS();
-    const QStringList paths = Corpus::files(u"plists/xml"_s);
-    for (const QString &path : paths)
-        QTest::newRow(qPrintable(QFileInfo(path).fileName())) << path;
+    const QStringList platformWritten{
+        u"cloudflare-default-https.mobileconfig"_s, u"com.apple.quicktime.plugin.preferences.plist"_s,
+        u"com.googlecode.iterm2-xml.plist"_s, u"ddplist-issue22-emoji-xml.plist"_s, u"Dusk.xccolortheme"_s,
+        u"InstallHistory.plist"_s, u"Ladi.idekeybindings"_s, u"LaunchBar-Configuration.plist"_s,
+        u"launchd.minimal.plist"_s, u"launchd.noprogram.plist"_s, u"QLColorCode-Info.plist"_s,
+        u"Quicksilver-PlugIns.plist"_s, u"SetTimeServerandTimeZone.mobileconfig"_s,
+        u"Solarized Dark xterm-256color.terminal"_s, u"VolumeConfiguration.plist"_s};
+    for (const QString &path : Corpus::files(u"plists/xml"_s))
+        QTest::newRow(qPrintable(QFileInfo(path).fileName())) << path << platformWritten.contains(QFileInfo(path).fileName());
+    QTest::newRow("plaso-com.apple.security.KCN-year0-date.plist")
+        << Corpus::root() + u"/plists/malformed/plaso-com.apple.security.KCN-year0-date.plist"_s << true;
 }
 
 void XmlPropertyListTest::corpusFilesRoundTrip()
 {
     QFETCH(QString, path);
-    const ReadResult<PropertyList> original = XmlPropertyListReader::read(Corpus::readAll(path));
-    QVERIFY2(original.ok(), qPrintable(original.errorText()));
-    const ReadResult<PropertyList> again = XmlPropertyListReader::read(XmlPropertyListWriter::write(original.value));
-    QVERIFY2(again.ok(), qPrintable(again.errorText()));
-    QVERIFY(again.value.isIdenticalTo(original.value));
-}
-
-// Files the platform's own serialiser wrote must come back byte for byte. The
-// list was found by writing every corpus XML file back and comparing, then
-// looking at each file that differs: all of them show another writer or a
-// hand edit (two- or four-space indentation, keys out of code order, comments,
-// <data> on one line as Xcode writes Info.plists, &apos; escapes, no header,
-// UTF-16, an empty <plist>), or the 10.4 "-//Apple Computer//" header, which
-// this writer does not produce. The KCN file from the malformed folder is a
-// real preference file with dates in years 0 and 4001.
-void XmlPropertyListTest::platformWrittenFilesComeBackByteForByte_data()
-{
-    QTest::addColumn<QString>("path");
-    ORVANE_REQUIRE_CORPUS();
-    static const char *const files[] = {
-        "xml/cloudflare-default-https.mobileconfig",
-        "xml/com.apple.quicktime.plugin.preferences.plist",
-        "xml/com.googlecode.iterm2-xml.plist",
-        "xml/ddplist-issue22-emoji-xml.plist",
-        "xml/Dusk.xccolortheme",
-        "xml/InstallHistory.plist",
-        "xml/Ladi.idekeybindings",
-        "xml/LaunchBar-Configuration.plist",
-        "xml/launchd.minimal.plist",
-        "xml/launchd.noprogram.plist",
-        "xml/QLColorCode-Info.plist",
-        "xml/Quicksilver-PlugIns.plist",
-        "xml/SetTimeServerandTimeZone.mobileconfig",
-        "xml/Solarized Dark xterm-256color.terminal",
-        "xml/VolumeConfiguration.plist",
-        "malformed/plaso-com.apple.security.KCN-year0-date.plist",
-    };
-    for (const char *file : files)
-        QTest::newRow(file) << Corpus::root() + u"/plists/"_s + QLatin1String(file);
-}
-
-void XmlPropertyListTest::platformWrittenFilesComeBackByteForByte()
-{
-    QFETCH(QString, path);
+    QFETCH(bool, byteForByte);
     const QByteArray bytes = Corpus::readAll(path);
     QVERIFY2(!bytes.isEmpty(), qPrintable(path));
-    const ReadResult<PropertyList> result = XmlPropertyListReader::read(bytes);
-    QVERIFY2(result.ok(), qPrintable(result.errorText()));
-    QCOMPARE(XmlPropertyListWriter::write(result.value), bytes);
+    const ReadResult<PropertyList> original = XmlPropertyListReader::read(bytes);
+    QVERIFY2(original.ok(), qPrintable(original.errorText()));
+    const QByteArray written = XmlPropertyListWriter::write(original.value);
+    if (byteForByte)
+        QCOMPARE(written, bytes);
+    const ReadResult<PropertyList> again = XmlPropertyListReader::read(written);
+    QVERIFY2(again.ok(), qPrintable(again.errorText()));
+    QVERIFY(again.value.isIdenticalTo(original.value));
 }
 
 ORVANE_TEST(XmlPropertyListTest)
