@@ -1,5 +1,7 @@
 #include "PropertyListTreeModel.h"
 
+#include "PListNode.h"
+
 struct PropertyListTreeModel::Item {
     QString key;
     PropertyList value;
@@ -93,23 +95,24 @@ bool PropertyListTreeModel::hasChildren(const QModelIndex &parent) const { retur
 
 QString PropertyListTreeModel::className(const PropertyList &value)
 {
+    // The node tree's class titles, so the viewer and the editor name classes alike.
     switch (value.type()) {
     case PropertyList::Type::String:
-        return tr("String");
+        return PListNode::classTitle(StringClass);
     case PropertyList::Type::Data:
-        return tr("Data");
+        return PListNode::classTitle(DataClass);
     case PropertyList::Type::Integer:
-        return tr("Integer");
+        return PListNode::classTitle(IntegerClass);
     case PropertyList::Type::Real:
-        return tr("Float");
+        return PListNode::classTitle(FloatClass);
     case PropertyList::Type::Boolean:
-        return tr("Boolean");
+        return PListNode::classTitle(BooleanClass);
     case PropertyList::Type::Date:
-        return tr("Date");
+        return PListNode::classTitle(DateClass);
     case PropertyList::Type::Array:
-        return tr("Array");
+        return PListNode::classTitle(ArrayClass);
     case PropertyList::Type::Dictionary:
-        return tr("Dictionary");
+        return PListNode::classTitle(DictionaryClass);
     case PropertyList::Type::Uid:
         return tr("UID");
     }
