@@ -109,15 +109,21 @@ PListNodePtr childFor(const QString &name, const PropertyList &value)
 
 } // namespace
 
-PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary, const QString &name)
+PListNodePtr PListNode::makeGroup(const QString &name, const PropertyList &marker, int tag, const QString &text)
 {
     PListNodePtr node = make();
     node->m_name = name;
     node->m_isLeaf = false;
-    node->m_objectValue = emptyDictionaryMarker();
-    node->m_menuValue = DictionaryClass;
-    node->m_displayValue = texts().dictionary;
+    node->m_objectValue = marker;
+    node->m_menuValue = static_cast<qint8>(tag);
+    node->m_displayValue = text;
     node->m_canEditValue = false;
+    return node;
+}
+
+PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary, const QString &name)
+{
+    PListNodePtr node = makeGroup(name, emptyDictionaryMarker(), DictionaryClass, texts().dictionary);
     node->m_children.reserve(dictionary.size());
     for (qsizetype i = 0; i < dictionary.size(); ++i)
         node->appendWhileBuilding(childFor(dictionary.keyAt(i), dictionary.valueAt(i)));
@@ -126,13 +132,7 @@ PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary,
 
 PListNodePtr PListNode::initFromArray(const PropertyArray &array, const QString &name)
 {
-    PListNodePtr node = make();
-    node->m_name = name;
-    node->m_isLeaf = false;
-    node->m_objectValue = emptyArrayMarker();
-    node->m_menuValue = ArrayClass;
-    node->m_displayValue = texts().array;
-    node->m_canEditValue = false;
+    PListNodePtr node = makeGroup(name, emptyArrayMarker(), ArrayClass, texts().array);
     node->m_arrayInit = true;
     node->m_children.reserve(array.size());
     // Array elements are named by their own description text; the outline labels

@@ -183,6 +183,8 @@ public:
 private:
     void notify(NodeRefresh what) const;
     void appendWhileBuilding(const PListNodePtr &child);
+    // An empty dictionary or array node: the part both group constructors share.
+    static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag, const QString &text);
     void refreshArrayItems();
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }
