@@ -2,13 +2,13 @@
 # Builds the libFuzzer targets with clang and runs each for the given number of
 # seconds (default 600), seeded from the shared corpus and tests/data.
 # Crashes, hangs and out-of-memory inputs land in fuzz-out/<target>/findings/.
-#   scripts/fuzz.sh [SECONDS] [TARGET...]     targets: xml binary openstep archive
+#   scripts/fuzz.sh [SECONDS] [TARGET...]     targets: xml binary openstep archive defaults
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 seconds="${1:-600}"
 shift || true
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(xml binary openstep archive)
+[ ${#targets[@]} -gt 0 ] || targets=(xml binary openstep archive defaults)
 
 "$root/scripts/install-deps.sh" clang libclang-rt-14-dev
 cmake --preset fuzz -S "$root" >/dev/null
@@ -23,6 +23,14 @@ for t in "${targets[@]}"; do
     binary) seeds=("$corpus/plists/binary" "$corpus/plists/malformed") ;;
     openstep) seeds=("$corpus/plists/openstep" "$corpus/plists/malformed") ;;
     archive) seeds=("$root/tests/data/archive") ;;
+    defaults)
+      # One seed per real command line, so mutations start from whole commands.
+      lines="$out/corpus-lines"
+      rm -rf "$lines" && mkdir -p "$lines"
+      if [ -f "$corpus/defaults/commands.txt" ]; then
+        grep -v '^#' "$corpus/defaults/commands.txt" | split -l 1 -a 4 - "$lines/line-"
+      fi
+      seeds=("$root/tests/data/defaults-seeds" "$lines") ;;
     *) echo "unknown target $t" >&2; exit 2 ;;
   esac
   existing=()

@@ -1,0 +1,95 @@
+#include "FuzzCheck.h"
+#include "import/DefaultsTextParser.h"
+
+#include <cstring>
+
+namespace {
+
+using Outcome = DefaultsTextParser::Outcome;
+
+bool sameResult(const DefaultsTextParser::Result &a, const DefaultsTextParser::Result &b)
+{
+    return a.outcome == b.outcome && a.domain == b.domain
+        && PropertyList(a.dictionary).isIdenticalTo(PropertyList(b.dictionary)) && a.failure.status == b.failure.status
+        && a.failure.position.line == b.failure.position.line
+        && a.failure.position.column == b.failure.position.column && a.failure.message == b.failure.message;
+}
+
+// The parser never nests: a list holds scalars only.
+bool holdsOnlyScalars(const PropertyList &value)
+{
+    if (value.isArray()) {
+        for (const PropertyList &item : value.arrayRef().items()) {
+            if (item.isContainer())
+                return false;
+        }
+    } else if (value.isDictionary()) {
+        const PropertyDictionary &dictionary = value.dictionaryRef();
+        for (qsizetype index = 0; index < dictionary.size(); ++index) {
+            if (dictionary.valueAt(index).isContainer())
+                return false;
+        }
+    }
+    return true;
+}
+
+// What a drop makes is written to a preference file next, and must read back
+// equal. Type codes may change on the way (a file's small integers come back
+// as the platform reads them), so this compares values, not codes.
+void checkWritable(const PropertyList &value)
+{
+    const QByteArray bytes = PropertyListSerialization::write(value, PropertyListFormat::Binary);
+    const auto again = PropertyListSerialization::read(bytes);
+    if (!again || !(again.value.value == value))
+        std::abort();
+}
+
+void check(const QString &text)
+{
+    const DefaultsTextParser::Result result = DefaultsTextParser::dictionaryFromDefaultsString(text);
+    if (!sameResult(result, DefaultsTextParser::dictionaryFromDefaultsString(text)))
+        std::abort(); // the same drop must always mean the same thing
+    switch (result.outcome) {
+    case Outcome::Entry:
+        if (result.dictionary.size() != 1 || !holdsOnlyScalars(result.dictionary.valueAt(0)))
+            std::abort();
+        // A lone surrogate is written by the binary writer but refused by its
+        // reader; that is the codec's business, not this parser's.
+        if (text.isValidUtf16())
+            checkWritable(PropertyList(result.dictionary));
+        break;
+    case Outcome::NoResult:
+        if (!result.dictionary.isEmpty())
+            std::abort();
+        break;
+    case Outcome::Error: {
+        const SourcePosition &where = result.failure.position;
+        const bool knownStatus =
+            result.failure.status == ReadStatus::OutOfRange || result.failure.status == ReadStatus::BadValue;
+        if (!knownStatus || result.failure.message.isEmpty() || where.line < 1 || where.column < 1
+            || where.line > text.count(u'\n') + 1 || where.column > text.size() + 1 || !result.dictionary.isEmpty())
+            std::abort();
+        break;
+    }
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const char *bytes = reinterpret_cast<const char *>(data);
+    const QString text = QString::fromUtf8(bytes, static_cast<qsizetype>(size));
+    check(text);
+    // Most mutations lose the command prefix; put it back so the token rules get exercised.
+    static const QString prefix = QStringLiteral("defaults write ");
+    if (!text.contains(prefix))
+        check(prefix + text);
+    // The same bytes as UTF-16 units reach lone surrogates and every unit value.
+    if (size >= 2) {
+        QString units(static_cast<qsizetype>(size / 2), Qt::Uninitialized);
+        std::memcpy(static_cast<void *>(units.data()), data, size / 2 * 2);
+        check(prefix + units);
+    }
+    return 0;
+}

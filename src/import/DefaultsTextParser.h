@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/PropertyList.h"
+#include "platform/ReadResult.h"
+
+#include <QString>
+#include <QStringView>
+
+#include <optional>
+
+// Reads a dropped or pasted `defaults write <domain> <key> [-type] <value>`
+// line into one preference entry: the domain name and a one-entry dictionary.
+//
+// This is not a shell. Tokens are separated by exactly one blank; a blank
+// escaped with a backslash belongs to the token; a double-quoted token has no
+// escapes at all. Those rules, and the odd corners they lead to (two blanks in a
+// row, a quote without its partner), are what users' existing drops rely on, so
+// they are kept exactly. Positions count UTF-16 units of the text.
+//
+// The text is untrusted (drops, pastes, fuzzing): it is consumed through an
+// index, so every reading is linear in the text, and nothing here recurses.
+class DefaultsTextParser {
+public:
+    enum class Outcome {
+        Entry,    // domain and dictionary hold the entry
+        NoResult, // not a command this parser makes an entry of; nothing to report
+        Error,    // the whole drop or paste must be abandoned; status, position and message say why
+    };
+
+    // What went wrong: OutOfRange for a token that has no end or starts with a
+    // blank, BadValue for a date that cannot be read. The position is the line
+    // and column (1-based, UTF-16 units) in the text given to the parser.
+    struct Failure {
+        ReadStatus status = ReadStatus::OutOfRange;
+        SourcePosition position;
+        QString message;
+    };
+
+    struct [[nodiscard]] Result {
+        Outcome outcome = Outcome::NoResult;
+        QString domain;
+        PropertyDictionary dictionary; // exactly one entry for an Entry, empty otherwise
+        Failure failure;               // meaningful for an Error only
+
+        bool isEntry() const { return outcome == Outcome::Entry; }
+        bool isError() const { return outcome == Outcome::Error; }
+        // "message (line 1, column 17)"; empty unless this is an Error.
+        QString errorText() const;
+    };
+
+    // The text still to be read, consumed from its front. The list readers get
+    // the command's working text and read on from where the command stopped.
+    class WorkingText {
+    public:
+        // Positions in errors are counted in source; `cut` and `cutLength` say
+        // which run of source was taken out before reading (the command prefix).
+        explicit WorkingText(const QString &text);
+        WorkingText(const QString &text, const QString &source, qsizetype cut, qsizetype cutLength);
+
+        bool isEmpty() const { return m_position >= m_text.size(); }
+        QStringView rest() const { return QStringView(m_text).mid(m_position); }
+        void consume(qsizetype count) { m_position = qMin(m_position + count, m_text.size()); }
+        // The index of the front of rest() in the working text, for later errors.
+        qsizetype index() const { return m_position; }
+        // Line and column in the source text of the unit at a working-text index.
+        SourcePosition sourcePositionOf(qsizetype index) const;
+
+    private:
+        QString m_text;
+        QString m_source;
+        qsizetype m_position = 0;
+        qsizetype m_cut = -1;
+        qsizetype m_cutLength = 0;
+    };
+
+    // Never changes text. Entry, NoResult, or an Error that the caller must act on.
+    static Result dictionaryFromDefaultsString(const QString &text);
+    // The items after -dict/-dict-add: key [-type] value ... A later key replaces
+    // an earlier one. Nothing, or the failure that aborts the whole command.
+    [[nodiscard]] static std::optional<Failure> populateDict(PropertyDictionary &dictionary,
+                                                             WorkingText &working);
+    // The items after -array/-array-add: [-type] item ...
+    [[nodiscard]] static std::optional<Failure> populateArray(PropertyArray &array, WorkingText &working);
+};
