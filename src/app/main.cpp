@@ -1,3 +1,6 @@
+#include "domains/ApplicationSettings.h"
+#include "platform/UserDefaults.h"
+#include "ui/AppearanceDefaults.h"
 #include "ui/PropertyListWindow.h"
 
 #include <QApplication>
@@ -7,6 +10,9 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Orvane"));
     QApplication::setOrganizationDomain(QStringLiteral("orvane.org"));
+    // Before any window exists: every window reads its settings when it is made.
+    ApplicationSettings::registerDefaults(UserDefaults::standardUserDefaults(), SystemAppearance::current(),
+                                          QDateTime::currentDateTimeUtc());
 
     const QStringList paths = app.arguments().mid(1);
     if (paths.isEmpty()) {

@@ -14,13 +14,29 @@ const char kUsage[] =
     "       orvane-plist convert xml1|binary1 [-o OUT] FILE\n"
     "       orvane-plist print FILE...\n"
     "       orvane-plist defaults FILE [KEY...]\n"
+    "       orvane-plist domains\n"
+    "       orvane-plist read DOMAIN [KEY]\n"
+    "       orvane-plist parse-defaults [FILE] [--whole]\n"
     "\n"
     "lint     checks that each file is a property list (XML, binary or old-style text)\n"
     "convert  writes the file's value in another format; OUT defaults to FILE itself,\n"
     "         '-o -' writes to standard output; nothing is replaced on error\n"
     "print    prints the value's description text\n"
     "defaults prints the 'defaults write' command for each top-level key of FILE\n"
-    "         (or for each KEY, in the order given), one per line\n";
+    "         (or for each KEY, in the order given), one per line\n"
+    "domains  lists the preference domains as the browser shows them: one line per row,\n"
+    "         indented two blanks per level, the shown name, a tab and the file's path\n"
+    "read     prints a domain of the current user (NSGlobalDomain for the global one),\n"
+    "         or one KEY of it, as description text; exit status 1 when it is not there\n"
+    "parse-defaults reads 'defaults write' lines from FILE (standard input when absent or '-')\n"
+    "         as a text drop would; one record per line, numbered by input line:\n"
+    "           N: entry \"DOMAIN\" \"KEY\" CLASS VALUE   (VALUE as its description; further\n"
+    "                                                lines indented by four blanks)\n"
+    "           N: no result\n"
+    "           N: error: MESSAGE (column C)\n"
+    "         blank lines and '#' comment lines are skipped; --whole reads the whole\n"
+    "         input as one text, newlines included (one record, error as 'line L, column C');\n"
+    "         exit status 1 only when the input cannot be read\n";
 
 // Writes bytes to a file atomically: the old file stays as it was unless the
 // whole new content reached the disk.
@@ -54,6 +70,12 @@ int PlistTool::run(const QStringList &arguments)
         return print(rest);
     if (command == QLatin1String("defaults"))
         return defaults(rest);
+    if (command == QLatin1String("domains"))
+        return domains(rest);
+    if (command == QLatin1String("read"))
+        return readDomain(rest);
+    if (command == QLatin1String("parse-defaults"))
+        return parseDefaults(rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {
         m_out << kUsage;
         return 0;

@@ -18,6 +18,9 @@ private:
     int convert(const QStringList &arguments);
     int print(const QStringList &files);
     int defaults(const QStringList &arguments);
+    int parseDefaults(const QStringList &arguments); // in PlistTool_ParseDefaults.cpp
+    int domains(const QStringList &arguments);    // in PlistTool_Domains.cpp
+    int readDomain(const QStringList &arguments); // in PlistTool_Domains.cpp
     int usage(const QString &problem);
 
     QTextStream &m_out;

@@ -1,0 +1,54 @@
+#include "AppearanceDefaults.h"
+
+#include <QColor>
+#include <QFont>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace {
+
+// Fonts given in pixels have no point size; a 96 dpi screen is assumed to
+// turn them into points, and the core's fallback size when even that is missing.
+double pointSize(const QFont &font)
+{
+    if (font.pointSizeF() > 0)
+        return font.pointSizeF();
+    if (font.pixelSize() > 0)
+        return font.pixelSize() * 72.0 / 96.0;
+    return AppearanceDefaults::fallback().userFontSize;
+}
+
+} // namespace
+
+namespace SystemAppearance {
+
+CalibratedColor calibratedColor(const QColor &color)
+{
+    const QColor rgb = color.toRgb();
+    return {rgb.redF(), rgb.greenF(), rgb.blueF(), rgb.alphaF()};
+}
+
+AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont)
+{
+    AppearanceDefaults appearance;
+    appearance.alternatingRowLight = calibratedColor(palette.color(QPalette::Active, QPalette::Base));
+    appearance.alternatingRowDark = calibratedColor(palette.color(QPalette::Active, QPalette::AlternateBase));
+    appearance.text = calibratedColor(palette.color(QPalette::Active, QPalette::Text));
+    appearance.disabledControlText = calibratedColor(palette.color(QPalette::Disabled, QPalette::Text));
+    appearance.secondarySelectedControl = calibratedColor(palette.color(QPalette::Inactive, QPalette::Highlight));
+    appearance.controlLightHighlight = calibratedColor(palette.color(QPalette::Active, QPalette::Light));
+    if (!generalFont.family().isEmpty()) {
+        appearance.userFontName = generalFont.family();
+        appearance.boldSystemFontName = generalFont.family();
+    }
+    appearance.userFontSize = pointSize(generalFont);
+    return appearance;
+}
+
+AppearanceDefaults current()
+{
+    return fromPalette(QGuiApplication::palette(), QFontDatabase::systemFont(QFontDatabase::GeneralFont));
+}
+
+} // namespace SystemAppearance

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "domains/ApplicationSettings.h"
+
+class QColor;
+class QFont;
+class QPalette;
+
+// Fills the core's AppearanceDefaults from the desktop's palette and fonts, so
+// the registered colour and font defaults follow the user's theme. Named
+// system colours map onto palette roles:
+//   alternating row colours        Base, AlternateBase (active group)
+//   text colour                    Text (active)
+//   disabled control text colour   Text (disabled group)
+//   secondary selected control     Highlight (inactive group): a selection
+//                                  in a window that is not key
+//   control light highlight        Light
+// The user's default font is the general system font at its size; the tab
+// font is the same family (the tab bar draws it bold at 11 points).
+namespace SystemAppearance {
+
+CalibratedColor calibratedColor(const QColor &color);
+AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont);
+// From the running application's palette and system font; needs a QGuiApplication.
+AppearanceDefaults current();
+
+} // namespace SystemAppearance

@@ -1,0 +1,96 @@
+// orvane-plist domains and read, run in-process over a sandboxed account.
+#include "DomainSandbox.h"
+#include "TestRegistry.h"
+
+#include "PlistTool.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Run {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+Run runTool(const QStringList &arguments)
+{
+    Run run;
+    QTextStream out(&run.out);
+    QTextStream err(&run.err);
+    run.status = PlistTool(out, err).run(arguments);
+    out.flush();
+    err.flush();
+    return run;
+}
+
+} // namespace
+
+class PlistToolDomainsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void domainsListsTheBrowserRows();
+    void read_data();
+    void read();
+};
+
+void PlistToolDomainsTest::domainsListsTheBrowserRows()
+{
+    DomainSandbox sandbox;
+    sandbox.write(sandbox.machineFolder() + u"/com.m.plist"_s, "<plist><dict/></plist>");
+    sandbox.writeDictionary(sandbox.userFolder() + u"/ByHost/com.h.ID.plist"_s, {{u"k"_s, PropertyList::integer(1)}});
+    const Run run = runTool({u"domains"_s});
+    QCOMPARE(run.status, 0);
+    const QString u = sandbox.userFolder();
+    const QString m = sandbox.machineFolder();
+    QCOMPARE(run.out, u"System Preferences\t"_s + m + u"\n  com.m\t"_s + m + u"/com.m.plist\n"_s
+                          + u"NSRegistrationDomain\t"_s + u + u"/NSRegistrationDomain.plist\n"_s
+                          + u"ByHost\t"_s + u + u"/ByHost\n  com.h.ID\t"_s + u + u"/ByHost/com.h.ID.plist\n"_s);
+}
+
+void PlistToolDomainsTest::read_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("out");
+    QTest::addColumn<QString>("err"); // a part of standard error
+    const PropertyDictionary content{{u"Greeting"_s, PropertyList(u"Hello there"_s)},
+                                     {u"Count"_s, PropertyList::integer(3)}};
+    QTest::newRow("whole domain") << QStringList{u"read"_s, u"com.example.whole"_s} << 0
+                                  << PropertyList(content).description() + u'\n' << QString();
+    QTest::newRow("one key") << QStringList{u"read"_s, u"com.example.key"_s, u"Greeting"_s} << 0
+                             << u"Hello there\n"_s << QString();
+    QTest::newRow("global domain by its name") << QStringList{u"read"_s, u"NSGlobalDomain"_s, u"Count"_s} << 0
+                                               << u"3\n"_s << QString();
+    QTest::newRow("unknown domain") << QStringList{u"read"_s, u"com.example.none"_s} << 1 << QString()
+                                    << u"'com.example.none' does not exist"_s;
+    QTest::newRow("unknown key") << QStringList{u"read"_s, u"com.example.nokey"_s, u"Nope"_s} << 1 << QString()
+                                 << u"has no key 'Nope'"_s;
+    QTest::newRow("no domain given") << QStringList{u"read"_s} << 2 << QString() << u"usage:"_s;
+}
+
+void PlistToolDomainsTest::read()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, status);
+    QFETCH(QString, out);
+    QFETCH(QString, err);
+    DomainSandbox sandbox;
+    const PropertyDictionary content{{u"Greeting"_s, PropertyList(u"Hello there"_s)},
+                                     {u"Count"_s, PropertyList::integer(3)}};
+    // Each row reads a domain name of its own: the tool uses the process's
+    // shared store, which remembers what it read.
+    for (const QString &name : {u"com.example.whole"_s, u"com.example.key"_s, u"com.example.nokey"_s,
+                                u".GlobalPreferences"_s})
+        sandbox.writeDictionary(sandbox.userFolder() + u'/' + name + u".plist"_s, content);
+    const Run run = runTool(arguments);
+    QCOMPARE(run.status, status);
+    QCOMPARE(run.out, out);
+    QVERIFY2(run.err.contains(err), qPrintable(run.err));
+}
+
+ORVANE_TEST(PlistToolDomainsTest)
+#include "PlistToolDomainsTest.moc"
