@@ -21,6 +21,7 @@ public:
     QStringList keys;
     QList<PropertyList> values;
     QHash<QString, qsizetype> index; // empty while keys.size() <= kIndexThreshold
+    qsizetype expected = 0;          // the size a reader announced, so the index grows once
 
     qsizetype position(const QString &key) const
     {
@@ -35,7 +36,7 @@ public:
         index.clear();
         if (keys.size() <= kIndexThreshold)
             return;
-        index.reserve(keys.size());
+        index.reserve(std::max(keys.size(), expected));
         for (qsizetype i = 0; i < keys.size(); ++i)
             index.insert(keys.at(i), i);
     }
@@ -99,6 +100,19 @@ void PropertyDictionary::insert(const QString &key, const PropertyList &value)
         d->values[position] = value;
         return;
     }
+    append(key, value);
+}
+
+bool PropertyDictionary::insertIfAbsent(const QString &key, const PropertyList &value)
+{
+    if (d->position(key) >= 0)
+        return false;
+    append(key, value);
+    return true;
+}
+
+void PropertyDictionary::append(const QString &key, const PropertyList &value)
+{
     d->keys.append(key);
     d->values.append(value);
     if (d->keys.size() == PropertyDictionaryData::kIndexThreshold + 1)
@@ -122,6 +136,7 @@ void PropertyDictionary::reserve(qsizetype count)
 {
     d->keys.reserve(count);
     d->values.reserve(count);
+    d->expected = count;
 }
 
 QStringList PropertyDictionary::sortedKeys() const

@@ -54,6 +54,8 @@ public:
     // The value stored under key, or nullptr when there is none.
     const PropertyList *find(const QString &key) const;
     void insert(const QString &key, const PropertyList &value);
+    // Inserts only a new key; false (and nothing changed) when key is there.
+    bool insertIfAbsent(const QString &key, const PropertyList &value);
     bool remove(const QString &key);
     void reserve(qsizetype count);
     // Keys in ascending UTF-16 code-unit order, as the platform's writers list them.
@@ -63,6 +65,8 @@ public:
     bool operator==(const PropertyDictionary &other) const;
 
 private:
+    void append(const QString &key, const PropertyList &value);
+
     QSharedDataPointer<PropertyDictionaryData> d;
 };
 
