@@ -1,6 +1,8 @@
 // Construction, children and accessors of the node tree.
 #include "PListNode.h"
 
+#include "ParallelSplit.h"
+
 #include <QCoreApplication>
 #include <QHash>
 #include <QLoggingCategory>
@@ -47,29 +49,23 @@ PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &va
     switch (value.type()) {
     case PropertyList::Type::String:
         node->m_menuValue = StringClass;
-        node->m_displayValue = value.toString();
         break;
     case PropertyList::Type::Data:
         node->m_menuValue = DataClass;
-        node->m_displayValue = texts().dataItem;
         node->m_canEditValue = false;
         break;
     case PropertyList::Type::Integer:
         node->m_menuValue = IntegerClass;
-        node->m_displayValue = value.description();
         break;
     case PropertyList::Type::Real:
         node->m_menuValue = FloatClass;
-        node->m_displayValue = value.description();
         break;
     case PropertyList::Type::Boolean:
         node->m_menuValue = BooleanClass;
-        node->m_displayValue = value.toBool() ? texts().yes : texts().no;
         node->m_valueIsBool = true;
         break;
     case PropertyList::Type::Date:
         node->m_menuValue = DateClass;
-        node->m_displayValue = value.description();
         break;
     default:
         // A value of no class (a keyed archiver's UID) gets no tag and no text.
@@ -109,36 +105,45 @@ PListNodePtr childFor(const QString &name, const PropertyList &value)
 
 } // namespace
 
-PListNodePtr PListNode::makeGroup(const QString &name, const PropertyList &marker, int tag, const QString &text)
+// An array element's child, named by its value: the name is kept as that value
+// and described only when someone asks for it.
+PListNodePtr PListNode::elementFor(const PropertyList &value)
+{
+    PListNodePtr child = childFor(QString(), value);
+    child->m_nameIsDescription = true;
+    if (!child->m_isLeaf)
+        child->m_objectValue = value;
+    return child;
+}
+
+PListNodePtr PListNode::makeGroup(const QString &name, const PropertyList &marker, int tag)
 {
     PListNodePtr node = make();
     node->m_name = name;
     node->m_isLeaf = false;
     node->m_objectValue = marker;
     node->m_menuValue = static_cast<qint8>(tag);
-    node->m_displayValue = text;
     node->m_canEditValue = false;
     return node;
 }
 
 PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary, const QString &name)
 {
-    PListNodePtr node = makeGroup(name, emptyDictionaryMarker(), DictionaryClass, texts().dictionary);
-    node->m_children.reserve(dictionary.size());
-    for (qsizetype i = 0; i < dictionary.size(); ++i)
-        node->appendWhileBuilding(childFor(dictionary.keyAt(i), dictionary.valueAt(i)));
+    PListNodePtr node = makeGroup(name, emptyDictionaryMarker(), DictionaryClass);
+    node->fillWhileBuilding(
+        dictionary.size(), [&](qsizetype i) -> const PropertyList & { return dictionary.valueAt(i); },
+        [&](qsizetype i) { return childFor(dictionary.keyAt(i), dictionary.valueAt(i)); });
     return node;
 }
 
 PListNodePtr PListNode::initFromArray(const PropertyArray &array, const QString &name)
 {
-    PListNodePtr node = makeGroup(name, emptyArrayMarker(), ArrayClass, texts().array);
+    PListNodePtr node = makeGroup(name, emptyArrayMarker(), ArrayClass);
     node->m_arrayInit = true;
-    node->m_children.reserve(array.size());
     // Array elements are named by their own description text; the outline labels
     // them by position instead (displayName), and fixupNames makes the two agree.
-    for (const PropertyList &item : array.items())
-        node->appendWhileBuilding(childFor(item.description(), item));
+    const auto itemAt = [&](qsizetype i) -> const PropertyList & { return array.at(i); };
+    node->fillWhileBuilding(array.size(), itemAt, [&](qsizetype i) { return elementFor(array.at(i)); });
     node->m_arrayInit = false;
     return node;
 }
@@ -153,13 +158,26 @@ PListNodePtr PListNode::groupFromArray(const PropertyArray &array, const QString
     return initFromArray(array, name);
 }
 
-void PListNode::appendWhileBuilding(const PListNodePtr &child)
+void PListNode::fillWhileBuilding(qsizetype count, const std::function<const PropertyList &(qsizetype)> &valueAt,
+                                  const std::function<PListNodePtr(qsizetype)> &make)
 {
-    // The same as insertChild at the end, without its per-insertion work: a tree
-    // being built has no observer yet, its array labels are not shown, and every
-    // node of a new subtree is already editable, as its new parent is.
-    m_children.append(child);
-    child->m_parent = this;
+    // Each child is made into its own slot, so the two halves of a large
+    // dictionary can be made side by side.
+    m_children.reserve(count); // exactly count: resize alone leaves room to grow
+    m_children.resize(count);
+    PListNodePtr *made = m_children.data();
+    const auto weightOf = [&](qsizetype i) -> qint64 {
+        const PropertyList &value = valueAt(i);
+        if (value.isDictionary())
+            return 1 + value.dictionaryRef().size();
+        return 1 + (value.isArray() ? value.arrayRef().size() : 0);
+    };
+    ParallelSplit::run(count, weightOf, [&](qsizetype first, qsizetype last) {
+        for (qsizetype i = first; i < last; ++i) {
+            made[i] = make(i);
+            made[i]->m_parent = this;
+        }
+    });
 }
 
 // ---- back to values ----------------------------------------------------------
@@ -291,19 +309,83 @@ PListNodePtr PListNode::childWithName(const QString &name) const
 
 // ---- accessors ------------------------------------------------------------------
 
-QString PListNode::name() const { return target()->m_name; }
+QString PListNode::name() const { return target()->ownName(); }
 
 void PListNode::setName(const QString &name)
 {
     PListNode *node = target();
+    node->forgetNameFromValue();
     node->m_name = name;
     node->notify(NodeRefresh::Name);
+}
+
+void PListNode::keepNameFromValue()
+{
+    if (!m_nameIsDescription)
+        return;
+    m_name = m_objectValue.description();
+    forgetNameFromValue();
+}
+
+void PListNode::takeNameOf(const PListNode &other)
+{
+    m_name = other.m_name;
+    m_nameIsDescription = other.m_nameIsDescription;
+    if (m_nameIsDescription && !m_isLeaf)
+        m_objectValue = other.m_objectValue;
+}
+
+void PListNode::forgetNameFromValue()
+{
+    if (!m_nameIsDescription)
+        return;
+    m_nameIsDescription = false;
+    // A group no longer needs the value it was made from.
+    if (!m_isLeaf)
+        m_objectValue = m_objectValue.isArray() ? emptyArrayMarker() : emptyDictionaryMarker();
+}
+
+const PropertyList &PListNode::groupValue() const
+{
+    if (!m_nameIsDescription)
+        return m_objectValue;
+    return m_objectValue.isArray() ? emptyArrayMarker() : emptyDictionaryMarker();
 }
 
 PropertyList PListNode::value() const
 {
     // A group's value is its own class marker, even in a search copy.
-    return m_isLeaf ? target()->m_objectValue : m_objectValue;
+    return m_isLeaf ? target()->m_objectValue : groupValue();
+}
+
+QString PListNode::ownDisplayText() const
+{
+    if (!m_isLeaf)
+        return m_objectValue.isArray() ? texts().array : texts().dictionary;
+    switch (m_objectValue.type()) {
+    case PropertyList::Type::String:
+        return m_objectValue.stringRef();
+    case PropertyList::Type::Boolean:
+        // A boolean that came in through another class shows its number, 1 or 0.
+        if (m_valueIsBool)
+            return m_objectValue.toBool() ? texts().yes : texts().no;
+        break;
+    case PropertyList::Type::Data:
+        if (!m_describesValue)
+            return texts().dataItem;
+        break;
+    case PropertyList::Type::Uid:
+        if (!m_describesValue)
+            return QString();
+        break;
+    case PropertyList::Type::Integer:
+    case PropertyList::Type::Real:
+    case PropertyList::Type::Date:
+    case PropertyList::Type::Array:
+    case PropertyList::Type::Dictionary:
+        break;
+    }
+    return m_objectValue.description();
 }
 
 int PListNode::menu() const { return target()->m_menuValue; }

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -182,29 +183,57 @@ public:
 
 private:
     void notify(NodeRefresh what) const;
-    void appendWhileBuilding(const PListNodePtr &child);
+    // Makes count children at once, make(i) for each, while the tree is built.
+    void fillWhileBuilding(qsizetype count, const std::function<const PropertyList &(qsizetype)> &valueAt,
+                           const std::function<PListNodePtr(qsizetype)> &make);
     // An empty dictionary or array node: the part both group constructors share.
-    static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag, const QString &text);
+    static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag);
+    static PListNodePtr elementFor(const PropertyList &value);
     void refreshArrayItems();
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }
 
-    // Field order keeps the node compact: see the size check below.
-    QString m_name;
+    // This node's own name and display text, not its search reference's.
+    QString ownName() const { return m_nameIsDescription ? m_objectValue.description() : m_name; }
+    QString ownDisplayText() const;
+    // A group's value: only what kind of group it is.
+    const PropertyList &groupValue() const;
+    // Stores the name an array element has been given by its value, before
+    // that value changes or the name is replaced.
+    void keepNameFromValue();
+    // Clears it when the name is about to be replaced anyway.
+    void forgetNameFromValue();
+    // The name other has, kept the way other keeps it.
+    void takeNameOf(const PListNode &other);
+
+    // The fields the search reads on every node come first, so a walk over a
+    // large tree touches as few cache lines as possible. The flags share one
+    // byte: a large file has millions of nodes.
+    qint8 m_menuValue = NoClass;
+    bool m_isLeaf : 1 = true;
+    // An array element is named by its value's description text. Making that
+    // text for every element of a large file is most of the cost of opening
+    // it, so it is made when the name is asked for: while this is set, m_name
+    // is empty and the name is the description of m_objectValue, which for a
+    // group is the element's original value (its children are copies of it).
+    bool m_nameIsDescription : 1 = false;
+    bool m_canEditValue : 1 = true;
+    bool m_valueIsBool : 1 = false;
+    bool m_loadedByUserDefaults : 1 = false;
+    bool m_canEdit : 1 = true;
+    bool m_arrayInit : 1 = false;
+    // Data and UID values show "(Data Item)" and nothing when read, but their
+    // description once they were set by editing.
+    bool m_describesValue : 1 = false;
     PropertyList m_objectValue;
-    QString m_displayValue;
+    QString m_name;
     QList<PListNodePtr> m_children;
     PListNode *m_parent = nullptr;
     PListNode *m_searchReference = nullptr;
-    qint8 m_menuValue = NoClass;
-    bool m_isLeaf = true;
-    bool m_canEditValue = true;
-    bool m_valueIsBool = false;
-    bool m_loadedByUserDefaults = false;
-    bool m_canEdit = true;
-    bool m_arrayInit = false;
 
     friend class PListNodeAccess;
 };
 
-static_assert(sizeof(PListNode) <= 144, "a node's budget is 160 bytes besides its text, control block included");
+// With the shared pointer's control block in front, a node takes one 128-byte
+// heap chunk; a child's place in its parent's list takes 16 more.
+static_assert(sizeof(PListNode) <= 104, "a node's budget is 160 bytes besides its text, control block included");

@@ -1,7 +1,10 @@
 // Tree search: the filtered copy and lookups by equality.
 #include "PListNode.h"
 
+#include "ParallelSplit.h"
 #include "VXAdditions.h"
+
+#include <vector>
 
 namespace {
 
@@ -11,17 +14,23 @@ constexpr QStringView kRootName = u"OVRoot";
 // The query as the filter uses it: read once, not once per node. A query
 // starting with "!" also leaves out the leaves whose value matches the query
 // without that mark, even when their name would match.
+// How many children ahead the filter asks for nodes, and for their texts.
+constexpr qsizetype kNodesAhead = 8;
+constexpr qsizetype kTextsAhead = 4;
+
 struct FilterQuery {
     explicit FilterQuery(const QString &query)
         : pattern(query)
         , negated(query.startsWith(u'!'))
         , unmarked(negated ? query.sliced(1) : QString())
+        , numbersMayMatch(pattern.mayOccurInNumberText() || (negated && unmarked.mayOccurInNumberText()))
     {
     }
 
     VXAdditions::SearchPattern pattern;
     bool negated;
     VXAdditions::SearchPattern unmarked;
+    bool numbersMayMatch;
 };
 
 } // namespace
@@ -40,7 +49,7 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         PListNodePtr visit(const PListNode &node) const
         {
             if (!node.m_isLeaf)
-                return group(node);
+                return top(node);
             return leafMatches(node) ? leafCopy(node) : nullptr;
         }
 
@@ -49,15 +58,21 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
 
         // What a leaf's value is searched by: a string's text, a number's
         // description (a boolean's is 1 or 0, not the true or false shown).
-        // Dates, data and values of no class are not searched. Numbers show
-        // their description, so the display text serves without formatting.
-        static bool valueText(const PListNode &real, QStringView *text)
+        // Dates, data and values of no class are not searched. A number's text
+        // is made only when the query could be found in it: a query holding a
+        // letter no number shows gets the same answer from an empty text.
+        bool valueText(const PListNode &real, QStringView *text, QString *made) const
         {
             switch (real.m_objectValue.type()) {
             case PropertyList::Type::String:
+                *text = real.m_objectValue.stringRef();
+                return true;
             case PropertyList::Type::Integer:
             case PropertyList::Type::Real:
-                *text = real.m_displayValue;
+                if (m_query.numbersMayMatch) {
+                    *made = real.m_objectValue.description();
+                    *text = *made;
+                }
                 return true;
             case PropertyList::Type::Boolean:
                 *text = real.m_objectValue.toBool() ? QStringView(u"1") : QStringView(u"0");
@@ -72,64 +87,45 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
             return false;
         }
 
+        bool nameMatches(const PListNode &real) const
+        {
+            if (real.m_nameIsDescription)
+                return m_query.pattern.matches(real.ownName());
+            return m_query.pattern.matches(real.m_name);
+        }
+
         bool leafMatches(const PListNode &node) const
         {
             const PListNode &real = *node.target();
             QStringView text;
-            const bool searchable = valueText(real, &text);
+            QString made;
+            const bool searchable = valueText(real, &text, &made);
             if (searchable && m_query.pattern.matches(text))
                 return true;
             // "!abc" drops a leaf whose value holds abc, whatever its name.
             if (searchable && m_query.negated && m_query.unmarked.matches(text))
                 return false;
             // Array elements are labelled by position, so their names are not searched.
-            return !parentIsArray(node) && m_query.pattern.matches(real.m_name);
+            return !parentIsArray(node) && nameMatches(real);
         }
 
         // A fresh leaf as initWithName makes it from the leaf's name and value.
-        // A string's display text is the string, and a number's or a date's is
-        // its description, which the real leaf already holds (whatever its
-        // class tag says): taking that spares formatting the value again for
-        // every hit.
+        // The copies take their names as the real nodes keep them, so an
+        // element's name is not made for a copy either.
         static PListNodePtr leafCopy(const PListNode &node)
         {
             const PListNode &real = *node.target();
-            PListNodePtr copy;
-            const auto sharingText = [&](ValueClass tag) {
-                copy = initWithName(real.m_name, PropertyList());
-                copy->m_objectValue = real.m_objectValue;
-                copy->m_displayValue = real.m_displayValue;
-                copy->m_menuValue = tag;
-            };
-            switch (real.m_objectValue.type()) {
-            case PropertyList::Type::String:
-                sharingText(StringClass);
-                break;
-            case PropertyList::Type::Integer:
-                sharingText(IntegerClass);
-                break;
-            case PropertyList::Type::Real:
-                sharingText(FloatClass);
-                break;
-            case PropertyList::Type::Date:
-                sharingText(DateClass);
-                break;
-            case PropertyList::Type::Boolean:
-            case PropertyList::Type::Data:
-            case PropertyList::Type::Array:
-            case PropertyList::Type::Dictionary:
-            case PropertyList::Type::Uid:
-                copy = initWithName(real.m_name, real.m_objectValue);
-                break;
-            }
+            PListNodePtr copy = initWithName(QString(), real.m_objectValue);
+            copy->takeNameOf(real);
             copy->m_searchReference = const_cast<PListNode *>(&node);
             return copy;
         }
 
         static PListNodePtr emptyGroupLike(const PListNode &node)
         {
-            PListNodePtr copy = node.isArray() ? initFromArray(PropertyArray(), node.name())
-                                               : initFromDictionary(PropertyDictionary(), node.name());
+            PListNodePtr copy = node.isArray() ? initFromArray(PropertyArray(), QString())
+                                               : initFromDictionary(PropertyDictionary(), QString());
+            copy->takeNameOf(*node.target());
             copy->m_searchReference = const_cast<PListNode *>(&node);
             return copy;
         }
@@ -145,27 +141,84 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
             child->m_searchReference = reference.get();
         }
 
+        // The walk is bound by fetching nodes and their texts from all over the
+        // heap, not by matching, so it asks for them some children ahead: the
+        // node first, and its texts once the node itself has arrived.
+        static void fetchTexts(const PListNode &node)
+        {
+            __builtin_prefetch(node.m_name.constData());
+            if (node.m_objectValue.isString())
+                __builtin_prefetch(node.m_objectValue.stringRef().constData());
+        }
+
+        PListNodePtr visitChild(const PListNodePtr &child) const
+        {
+            // A matching leaf is copied afresh from the child's own name and value.
+            if (child->m_isLeaf)
+                return leafMatches(*child) ? leafCopy(*child) : nullptr;
+            return group(*child);
+        }
+
+        // found(i, copy) for the children in [first, last) that match or hold a match.
+        void visitChildren(const PListNode &node, qsizetype first, qsizetype last,
+                           const std::function<void(qsizetype, PListNodePtr)> &found) const
+        {
+            const PListNodePtr *children = node.m_children.constData();
+            for (qsizetype i = first; i < last; ++i) {
+                if (i + kNodesAhead < last)
+                    __builtin_prefetch(children[i + kNodesAhead].get());
+                if (i + kTextsAhead < last)
+                    fetchTexts(*children[i + kTextsAhead]);
+                if (PListNodePtr copy = visitChild(children[i]))
+                    found(i, std::move(copy));
+            }
+        }
+
         PListNodePtr group(const PListNode &node) const
         {
             PListNodePtr copy;
-            for (const PListNodePtr &child : node.m_children) {
-                // A matching leaf is copied afresh from the child's own name and value.
-                const PListNodePtr found = child->m_isLeaf ? (leafMatches(*child) ? leafCopy(*child) : nullptr)
-                                                           : group(*child);
-                if (!found)
+            visitChildren(node, 0, node.m_children.size(), [&](qsizetype i, PListNodePtr found) {
+                if (!copy)
+                    copy = emptyGroupLike(node);
+                append(*copy, found, node.m_children.at(i));
+            });
+            return finish(node, std::move(copy));
+        }
+
+        // The node the search starts from: a large tree is searched in two
+        // halves side by side, and the hits put together in order.
+        PListNodePtr top(const PListNode &node) const
+        {
+            const qsizetype count = node.m_children.size();
+            std::vector<PListNodePtr> hits(static_cast<size_t>(count));
+            ParallelSplit::run(
+                count, [&](qsizetype i) { return 1 + node.m_children.at(i)->m_children.size(); },
+                [&](qsizetype first, qsizetype last) {
+                    visitChildren(node, first, last,
+                                  [&](qsizetype i, PListNodePtr found) { hits[static_cast<size_t>(i)] = std::move(found); });
+                });
+            PListNodePtr copy;
+            for (qsizetype i = 0; i < count; ++i) {
+                if (!hits[static_cast<size_t>(i)])
                     continue;
                 if (!copy)
                     copy = emptyGroupLike(node);
-                append(*copy, found, child);
+                append(*copy, hits[static_cast<size_t>(i)], node.m_children.at(i));
             }
+            return finish(node, std::move(copy));
+        }
+
+        // What a group gives when none of its children did.
+        PListNodePtr finish(const PListNode &node, PListNodePtr copy) const
+        {
             if (copy)
                 return copy;
-            const QString &name = node.target()->m_name;
+            const PListNode &real = *node.target();
             // A group whose own name matches is shown, without its contents.
-            if (!parentIsArray(node) && m_query.pattern.matches(name))
+            if (!parentIsArray(node) && nameMatches(real))
                 return emptyGroupLike(node);
             // The outline always needs a root, even when nothing matched.
-            if (name == kRootName)
+            if (!real.m_nameIsDescription && real.m_name == kRootName)
                 return initFromDictionary(PropertyDictionary(), QStringLiteral("Search Root"));
             return nullptr;
         }

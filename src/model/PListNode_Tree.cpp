@@ -1,6 +1,8 @@
 // Ordering, equality, copies, the archive and the debug text of the node tree.
 #include "PListNode.h"
 
+#include "ParallelSplit.h"
+
 #include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QScopeGuard>
@@ -210,7 +212,7 @@ qint8 tagFromArchive(const PropertyList &menuValue)
 
 int PListNode::compare(const PListNode &other) const
 {
-    return naturalCompare(target()->m_name, other.target()->m_name);
+    return naturalCompare(name(), other.name());
 }
 
 void PListNode::sortChildren()
@@ -222,6 +224,8 @@ void PListNode::sortChildren()
     thread_local std::vector<QStringView> names;
     thread_local std::vector<SortEntry> entries;
     thread_local std::vector<PListNodePtr> sorted;
+    // Names an array element took from its value, made once per sort.
+    thread_local std::vector<QString> madeNames;
     const qsizetype count = m_children.size();
     // Buffers grown for a huge dictionary are not kept for the rest of the run.
     const auto release = qScopeGuard([count] {
@@ -229,9 +233,11 @@ void PListNode::sortChildren()
             names = {};
             entries = {};
             sorted = {};
+            madeNames = {};
         }
     });
     names.resize(count);
+    madeNames.clear();
     // The nodes and their names lie all over the heap, and fetching them is most
     // of a sort's time: ask for them a few children ahead.
     const PListNodePtr *child = m_children.constData();
@@ -241,7 +247,13 @@ void PListNode::sortChildren()
             __builtin_prefetch(&ahead->m_name);
             __builtin_prefetch(&ahead->m_searchReference);
         }
-        names[i] = child[i]->target()->m_name;
+        const PListNode *node = child[i]->target();
+        if (node->m_nameIsDescription) {
+            madeNames.push_back(node->ownName());
+            names[i] = madeNames.back();
+        } else {
+            names[i] = node->m_name;
+        }
         __builtin_prefetch(names[i].utf16());
     }
     const QStringView *name = names.data();
@@ -273,10 +285,16 @@ void PListNode::sortChildren()
 void PListNode::recursiveSortChildren()
 {
     sortChildren();
-    for (const PListNodePtr &child : std::as_const(m_children)) {
-        if (!child->m_children.isEmpty())
-            child->recursiveSortChildren();
-    }
+    // Sorting one subtree never touches another, so large trees sort in halves.
+    const PListNodePtr *children = m_children.constData();
+    ParallelSplit::run(
+        m_children.size(), [&](qsizetype i) { return 1 + children[i]->m_children.size(); },
+        [&](qsizetype first, qsizetype last) {
+            for (qsizetype i = first; i < last; ++i) {
+                if (!children[i]->m_children.isEmpty())
+                    children[i]->recursiveSortChildren();
+            }
+        });
 }
 
 void PListNode::fixupNames()
@@ -319,9 +337,13 @@ bool PListNode::isEqualToNode(const PListNode &other) const
     // name() and value() without their copies: this runs for every child a
     // removal or lookup compares.
     auto valueOf = [](const PListNode &node) -> const PropertyList & {
-        return node.m_isLeaf ? node.target()->m_objectValue : node.m_objectValue;
+        return node.m_isLeaf ? node.target()->m_objectValue : node.groupValue();
     };
-    if (target()->m_name != other.target()->m_name || !(valueOf(*this) == valueOf(other)))
+    const PListNode &mine = *target();
+    const PListNode &theirs = *other.target();
+    const bool sameName = mine.m_nameIsDescription || theirs.m_nameIsDescription ? mine.ownName() == theirs.ownName()
+                                                                                 : mine.m_name == theirs.m_name;
+    if (!sameName || !(valueOf(*this) == valueOf(other)))
         return false;
     // Only this node's children are walked: a node without children equals an
     // otherwise equal node that has some. Callers rely on this one-sided test.
@@ -340,7 +362,14 @@ bool PListNode::isEqualToNode(const PListNode &other) const
 
 PListNodePtr PListNode::copy() const
 {
-    PListNodePtr node = initWithName(name(), value());
+    PListNodePtr node = make();
+    // A name still kept as the element's value stays so in the copy.
+    if (m_searchReference) {
+        node->m_name = name();
+    } else {
+        node->m_name = m_name;
+        node->m_nameIsDescription = m_nameIsDescription;
+    }
     node->m_isLeaf = m_isLeaf;
     node->m_canEditValue = m_canEditValue;
     node->m_valueIsBool = m_valueIsBool;
@@ -348,7 +377,7 @@ PListNodePtr PListNode::copy() const
     node->m_canEdit = m_canEdit;
     node->m_objectValue = m_objectValue;
     node->m_menuValue = m_menuValue;
-    node->m_displayValue = m_displayValue;
+    node->m_describesValue = m_describesValue;
     // The copy refers to the same parent and real node as the source, owning
     // neither, until someone inserts it somewhere.
     node->m_parent = m_parent;
@@ -377,12 +406,12 @@ ArchivedNode PListNode::encodeWithCoder() const
     archived.children.reserve(m_children.size());
     for (const PListNodePtr &child : m_children)
         archived.children.append(child->encodeWithCoder());
-    archived.name = m_name;
+    archived.name = ownName();
     archived.isLeaf = m_isLeaf;
     archived.menuValue = PropertyList::integer(m_menuValue, 'i');
-    archived.objectValue = m_objectValue;
+    archived.objectValue = m_isLeaf ? m_objectValue : groupValue();
     archived.canEditValue = m_canEditValue;
-    archived.displayValue = m_displayValue;
+    archived.displayValue = ownDisplayText();
     archived.valueIsBool = m_valueIsBool;
     return archived;
 }
@@ -403,8 +432,10 @@ PListNodePtr PListNode::initWithCoder(const ArchivedNode &archived)
     node->m_menuValue = tagFromArchive(archived.menuValue);
     node->m_objectValue = archived.objectValue;
     node->m_canEditValue = archived.canEditValue;
-    node->m_displayValue = archived.displayValue;
     node->m_valueIsBool = archived.valueIsBool;
+    // The display text follows from the value; only whether data shows as
+    // "(Data Item)" or as its bytes is taken from the archive.
+    node->m_describesValue = archived.displayValue != node->ownDisplayText();
     // Not archived, so it comes out false: the node becomes editable only when
     // it is given an editable parent.
     node->m_canEdit = false;

@@ -16,8 +16,6 @@ namespace {
 
 QString tr(const char *text) { return QCoreApplication::translate("PListNode", text); }
 
-QString boolText(bool value) { return value ? tr("true") : tr("false"); }
-
 // A number's value as a 64-bit pattern, the way the platform's number class
 // hands it to a narrower accessor: integers as their bits, booleans as 0 or 1,
 // reals truncated towards zero. Reals beyond the 64-bit range have no defined
@@ -185,14 +183,11 @@ void PListNode::setValue(const PropertyList &newValue)
     // Array elements are named by their value's text.
     if (m_parent && m_parent->isArray())
         setName(newValue.description());
+    else
+        keepNameFromValue();
     m_objectValue = *stored;
     m_valueIsBool = m_menuValue == BooleanClass;
-    if (m_valueIsBool)
-        m_displayValue = boolText(m_objectValue.toBool());
-    else if (m_objectValue.isString())
-        m_displayValue = m_objectValue.toString();
-    else
-        m_displayValue = m_objectValue.description();
+    m_describesValue = true;
     notify(NodeRefresh::Value);
     notify(NodeRefresh::Class);
 }
@@ -236,16 +231,13 @@ bool PListNode::setMenu(int tag)
         return false;
     }
 
+    // An array element keeps the name its old value gave it.
+    keepNameFromValue();
     m_objectValue = *converted;
-    if (m_menuValue == BooleanClass) {
-        // Leaving Boolean does not clear the flag; only setValue does.
+    // Leaving Boolean does not clear the flag; only setValue does.
+    if (m_menuValue == BooleanClass)
         m_valueIsBool = true;
-        m_displayValue = boolText(m_objectValue.toBool());
-    } else if (m_menuValue == StringClass) {
-        m_displayValue = m_objectValue.toString();
-    } else {
-        m_displayValue = m_objectValue.description();
-    }
+    m_describesValue = true;
     notify(NodeRefresh::Value);
     notify(NodeRefresh::Class);
     return true;
@@ -253,7 +245,7 @@ bool PListNode::setMenu(int tag)
 
 // ---- renditions --------------------------------------------------------------------
 
-QString PListNode::stringValue() const { return target()->m_displayValue; }
+QString PListNode::stringValue() const { return target()->ownDisplayText(); }
 
 QString PListNode::classTitle(int tag)
 {
@@ -287,7 +279,7 @@ QString PListNode::displayName() const
         const int position = node->m_parent->indexOfChildIdenticalTo(node) + 1;
         return QStringLiteral("%1 %2").arg(tr("Item")).arg(position);
     }
-    return node->m_name;
+    return node->ownName();
 }
 
 QString PListNode::countedText() const

@@ -236,6 +236,14 @@ bool SearchPattern::contains(QStringView text) const
     return mayStartMatch(text, m_firstUnit) && find(text, last, m_needle, m_folded, m_firstUnit);
 }
 
+bool SearchPattern::mayOccurInNumberText() const
+{
+    if (m_matchesNothing)
+        return false;
+    constexpr QStringView numberUnits = u"0123456789+-.einfaEINFA";
+    return std::all_of(m_needle.cbegin(), m_needle.cend(), [&](QChar unit) { return numberUnits.contains(unit); });
+}
+
 QChar lastCharacter(const QString &text)
 {
     Q_ASSERT(!text.isEmpty());

@@ -44,6 +44,10 @@ class SearchPattern {
 public:
     explicit SearchPattern(const QString &query);
     bool matches(QStringView text) const { return !m_matchesNothing && contains(text) != m_negated; }
+    // Whether the text looked for could lie in a number's description (digits,
+    // sign, point, exponent, inf, nan). When it cannot, matches() answers a
+    // number's text as it answers an empty one, so the filter need not make it.
+    bool mayOccurInNumberText() const;
 
     // What a text unit must be to start a match, each repeated for eight units
     // at once: (unit | mask) equals first, or the unit is alternate (a unit

@@ -435,8 +435,7 @@ bool Parser::readDictionary(const ObjectRef &object, int depth, PropertyList &ou
         if (!spend(keyObject) || !readString(keyObject, key) || !readObject(valueNumber, depth + 1, value))
             return false;
         // The platform's mutable reading keeps the first of duplicate keys.
-        if (!dictionary.contains(key))
-            dictionary.insert(key, value);
+        dictionary.insertIfAbsent(key, value);
     }
     m_flags[object.number] &= uchar(~kOnPath);
     out = PropertyList(dictionary);

@@ -3,6 +3,7 @@
 #include <QHash>
 
 #include <algorithm>
+#include <new>
 #include <cmath>
 
 class PropertyArrayData : public QSharedData {
@@ -20,6 +21,7 @@ public:
     QStringList keys;
     QList<PropertyList> values;
     QHash<QString, qsizetype> index; // empty while keys.size() <= kIndexThreshold
+    qsizetype expected = 0;          // the size a reader announced, so the index grows once
 
     qsizetype position(const QString &key) const
     {
@@ -34,7 +36,7 @@ public:
         index.clear();
         if (keys.size() <= kIndexThreshold)
             return;
-        index.reserve(keys.size());
+        index.reserve(std::max(keys.size(), expected));
         for (qsizetype i = 0; i < keys.size(); ++i)
             index.insert(keys.at(i), i);
     }
@@ -98,6 +100,19 @@ void PropertyDictionary::insert(const QString &key, const PropertyList &value)
         d->values[position] = value;
         return;
     }
+    append(key, value);
+}
+
+bool PropertyDictionary::insertIfAbsent(const QString &key, const PropertyList &value)
+{
+    if (d->position(key) >= 0)
+        return false;
+    append(key, value);
+    return true;
+}
+
+void PropertyDictionary::append(const QString &key, const PropertyList &value)
+{
     d->keys.append(key);
     d->values.append(value);
     if (d->keys.size() == PropertyDictionaryData::kIndexThreshold + 1)
@@ -121,6 +136,7 @@ void PropertyDictionary::reserve(qsizetype count)
 {
     d->keys.reserve(count);
     d->values.reserve(count);
+    d->expected = count;
 }
 
 QStringList PropertyDictionary::sortedKeys() const
@@ -147,28 +163,150 @@ bool PropertyDictionary::operator==(const PropertyDictionary &other) const
 
 // ---- PropertyList ----------------------------------------------------------
 
-PropertyList::PropertyList() : m_storage(QString()), m_type(Type::String) {}
-PropertyList::PropertyList(const QString &string) : m_storage(string), m_type(Type::String) {}
-PropertyList::PropertyList(const QByteArray &data) : m_storage(data), m_type(Type::Data) {}
-PropertyList::PropertyList(const PropertyArray &array) : m_storage(array), m_type(Type::Array) {}
-PropertyList::PropertyList(const PropertyDictionary &dictionary)
-    : m_storage(dictionary), m_type(Type::Dictionary)
+PropertyList::PropertyList() : PropertyList(QString()) {}
+
+PropertyList::PropertyList(const QString &string) : m_type(Type::String)
 {
+    new (&m_payload.string) QString(string);
 }
 
-PropertyList::PropertyList(Type type, char typeCode, Storage storage)
-    : m_storage(std::move(storage)), m_type(type), m_typeCode(typeCode)
+PropertyList::PropertyList(const QByteArray &data) : m_type(Type::Data)
 {
+    new (&m_payload.data) QByteArray(data);
+}
+
+PropertyList::PropertyList(const PropertyArray &array) : m_type(Type::Array)
+{
+    new (&m_payload.array) PropertyArray(array);
+}
+
+PropertyList::PropertyList(const PropertyDictionary &dictionary) : m_type(Type::Dictionary)
+{
+    new (&m_payload.dictionary) PropertyDictionary(dictionary);
+}
+
+// For the types whose payload is a plain number, set by the caller.
+PropertyList::PropertyList(Type type, char typeCode) : m_type(type), m_typeCode(typeCode) {}
+
+PropertyList::PropertyList(const PropertyList &other) : m_type(other.m_type), m_typeCode(other.m_typeCode)
+{
+    copyPayload(other);
+}
+
+PropertyList::PropertyList(PropertyList &&other) noexcept : m_type(other.m_type), m_typeCode(other.m_typeCode)
+{
+    movePayload(std::move(other));
+}
+
+PropertyList &PropertyList::operator=(const PropertyList &other)
+{
+    if (this != &other) {
+        PropertyList copy(other);
+        *this = std::move(copy);
+    }
+    return *this;
+}
+
+PropertyList &PropertyList::operator=(PropertyList &&other) noexcept
+{
+    if (this != &other) {
+        destroyPayload();
+        m_type = other.m_type;
+        m_typeCode = other.m_typeCode;
+        movePayload(std::move(other));
+    }
+    return *this;
+}
+
+PropertyList::~PropertyList() { destroyPayload(); }
+
+// The payload's member for m_type is constructed from other's; m_type is already set.
+void PropertyList::copyPayload(const PropertyList &other)
+{
+    switch (m_type) {
+    case Type::String:
+        new (&m_payload.string) QString(other.m_payload.string);
+        break;
+    case Type::Data:
+        new (&m_payload.data) QByteArray(other.m_payload.data);
+        break;
+    case Type::Array:
+        new (&m_payload.array) PropertyArray(other.m_payload.array);
+        break;
+    case Type::Dictionary:
+        new (&m_payload.dictionary) PropertyDictionary(other.m_payload.dictionary);
+        break;
+    case Type::Integer:
+    case Type::Uid:
+        m_payload.bits = other.m_payload.bits;
+        break;
+    case Type::Real:
+    case Type::Date:
+        m_payload.number = other.m_payload.number;
+        break;
+    case Type::Boolean:
+        m_payload.flag = other.m_payload.flag;
+        break;
+    }
+}
+
+// Strings and data are moved, leaving other empty of its type; shared
+// containers are copied (one reference count), which keeps other whole.
+void PropertyList::movePayload(PropertyList &&other) noexcept
+{
+    switch (m_type) {
+    case Type::String:
+        new (&m_payload.string) QString(std::move(other.m_payload.string));
+        break;
+    case Type::Data:
+        new (&m_payload.data) QByteArray(std::move(other.m_payload.data));
+        break;
+    case Type::Array:
+    case Type::Dictionary:
+    case Type::Integer:
+    case Type::Real:
+    case Type::Boolean:
+    case Type::Date:
+    case Type::Uid:
+        copyPayload(other);
+        break;
+    }
+}
+
+void PropertyList::destroyPayload() noexcept
+{
+    switch (m_type) {
+    case Type::String:
+        m_payload.string.~QString();
+        break;
+    case Type::Data:
+        m_payload.data.~QByteArray();
+        break;
+    case Type::Array:
+        m_payload.array.~PropertyArray();
+        break;
+    case Type::Dictionary:
+        m_payload.dictionary.~PropertyDictionary();
+        break;
+    case Type::Integer:
+    case Type::Real:
+    case Type::Boolean:
+    case Type::Date:
+    case Type::Uid:
+        break;
+    }
 }
 
 PropertyList PropertyList::integer(qint64 value, char typeCode)
 {
-    return PropertyList(Type::Integer, typeCode, static_cast<quint64>(value));
+    return unsignedInteger(static_cast<quint64>(value), typeCode);
 }
 
 PropertyList PropertyList::unsignedInteger(quint64 value, char typeCode)
 {
-    return PropertyList(Type::Integer, typeCode, value);
+    PropertyList number(Type::Integer, typeCode);
+    number.m_payload.bits = value;
+    return number;
 }
 
 PropertyList PropertyList::integerFromFile(qint64 value)
@@ -181,12 +319,31 @@ PropertyList PropertyList::real(double value, char typeCode)
 {
     if (typeCode == 'f')
         value = static_cast<double>(static_cast<float>(value));
-    return PropertyList(Type::Real, typeCode, value);
+    PropertyList number(Type::Real, typeCode);
+    number.m_payload.number = value;
+    return number;
 }
 
-PropertyList PropertyList::boolean(bool value) { return PropertyList(Type::Boolean, 'c', value); }
-PropertyList PropertyList::date(double seconds) { return PropertyList(Type::Date, 0, seconds); }
-PropertyList PropertyList::uid(quint64 value) { return PropertyList(Type::Uid, 0, Uid{value}); }
+PropertyList PropertyList::boolean(bool value)
+{
+    PropertyList boolean(Type::Boolean, 'c');
+    boolean.m_payload.flag = value;
+    return boolean;
+}
+
+PropertyList PropertyList::date(double seconds)
+{
+    PropertyList date(Type::Date, 0);
+    date.m_payload.number = seconds;
+    return date;
+}
+
+PropertyList PropertyList::uid(quint64 value)
+{
+    PropertyList uid(Type::Uid, 0);
+    uid.m_payload.bits = value;
+    return uid;
+}
 
 bool PropertyList::isUnsignedInteger() const
 {
@@ -196,12 +353,12 @@ bool PropertyList::isUnsignedInteger() const
 
 QString PropertyList::toString() const
 {
-    return m_type == Type::String ? std::get<QString>(m_storage) : QString();
+    return m_type == Type::String ? m_payload.string : QString();
 }
 
 QByteArray PropertyList::toData() const
 {
-    return m_type == Type::Data ? std::get<QByteArray>(m_storage) : QByteArray();
+    return m_type == Type::Data ? m_payload.data : QByteArray();
 }
 
 qint64 PropertyList::toInteger() const { return static_cast<qint64>(toUnsignedInteger()); }
@@ -210,11 +367,11 @@ quint64 PropertyList::toUnsignedInteger() const
 {
     switch (m_type) {
     case Type::Integer:
-        return std::get<quint64>(m_storage);
+        return m_payload.bits;
     case Type::Boolean:
-        return std::get<bool>(m_storage) ? 1 : 0;
+        return m_payload.flag ? 1 : 0;
     case Type::Real:
-        return static_cast<quint64>(static_cast<qint64>(std::get<double>(m_storage)));
+        return static_cast<quint64>(static_cast<qint64>(m_payload.number));
     default:
         return 0;
     }
@@ -225,12 +382,12 @@ double PropertyList::toReal() const
     switch (m_type) {
     case Type::Real:
     case Type::Date:
-        return std::get<double>(m_storage);
+        return m_payload.number;
     case Type::Integer:
         return isUnsignedInteger() ? static_cast<double>(toUnsignedInteger())
                                    : static_cast<double>(toInteger());
     case Type::Boolean:
-        return std::get<bool>(m_storage) ? 1.0 : 0.0;
+        return m_payload.flag ? 1.0 : 0.0;
     default:
         return 0.0;
     }
@@ -240,11 +397,11 @@ bool PropertyList::toBool() const
 {
     switch (m_type) {
     case Type::Boolean:
-        return std::get<bool>(m_storage);
+        return m_payload.flag;
     case Type::Integer:
         return toUnsignedInteger() != 0;
     case Type::Real:
-        return std::get<double>(m_storage) != 0.0;
+        return m_payload.number != 0.0;
     default:
         return false;
     }
@@ -252,30 +409,41 @@ bool PropertyList::toBool() const
 
 double PropertyList::toDate() const
 {
-    return m_type == Type::Date ? std::get<double>(m_storage) : 0.0;
+    return m_type == Type::Date ? m_payload.number : 0.0;
 }
 
 quint64 PropertyList::toUid() const
 {
-    return m_type == Type::Uid ? std::get<Uid>(m_storage).value : 0;
+    return m_type == Type::Uid ? m_payload.bits : 0;
 }
 
 PropertyArray PropertyList::toArray() const
 {
-    return m_type == Type::Array ? std::get<PropertyArray>(m_storage) : PropertyArray();
+    return m_type == Type::Array ? m_payload.array : PropertyArray();
 }
 
 PropertyDictionary PropertyList::toDictionary() const
 {
-    return m_type == Type::Dictionary ? std::get<PropertyDictionary>(m_storage)
+    return m_type == Type::Dictionary ? m_payload.dictionary
                                       : PropertyDictionary();
 }
 
-const PropertyArray &PropertyList::arrayRef() const { return std::get<PropertyArray>(m_storage); }
+const QString &PropertyList::stringRef() const
+{
+    Q_ASSERT(m_type == Type::String);
+    return m_payload.string;
+}
+
+const PropertyArray &PropertyList::arrayRef() const
+{
+    Q_ASSERT(m_type == Type::Array);
+    return m_payload.array;
+}
 
 const PropertyDictionary &PropertyList::dictionaryRef() const
 {
-    return std::get<PropertyDictionary>(m_storage);
+    Q_ASSERT(m_type == Type::Dictionary);
+    return m_payload.dictionary;
 }
 
 namespace {
@@ -313,7 +481,7 @@ bool PropertyList::equals(const PropertyList &other, bool strictTypes) const
         return integersEqual(*this, other);
     case Type::Real:
     case Type::Date:
-        return realsEqual(std::get<double>(m_storage), std::get<double>(other.m_storage));
+        return realsEqual(m_payload.number, other.m_payload.number);
     case Type::Array: {
         if (!strictTypes)
             return arrayRef() == other.arrayRef();
@@ -336,7 +504,14 @@ bool PropertyList::equals(const PropertyList &other, bool strictTypes) const
         }
         return true;
     }
-    default:
-        return m_storage == other.m_storage;
+    case Type::String:
+        return m_payload.string == other.m_payload.string;
+    case Type::Data:
+        return m_payload.data == other.m_payload.data;
+    case Type::Boolean:
+        return m_payload.flag == other.m_payload.flag;
+    case Type::Uid:
+        return m_payload.bits == other.m_payload.bits;
     }
+    return false;
 }

@@ -6,7 +6,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <variant>
 
 class PropertyList;
 class PropertyArrayData;
@@ -55,6 +54,8 @@ public:
     // The value stored under key, or nullptr when there is none.
     const PropertyList *find(const QString &key) const;
     void insert(const QString &key, const PropertyList &value);
+    // Inserts only a new key; false (and nothing changed) when key is there.
+    bool insertIfAbsent(const QString &key, const PropertyList &value);
     bool remove(const QString &key);
     void reserve(qsizetype count);
     // Keys in ascending UTF-16 code-unit order, as the platform's writers list them.
@@ -64,6 +65,8 @@ public:
     bool operator==(const PropertyDictionary &other) const;
 
 private:
+    void append(const QString &key, const PropertyList &value);
+
     QSharedDataPointer<PropertyDictionaryData> d;
 };
 
@@ -78,6 +81,11 @@ public:
 
     PropertyList(); // the empty string
     PropertyList(const QString &string);
+    PropertyList(const PropertyList &other);
+    PropertyList(PropertyList &&other) noexcept;
+    PropertyList &operator=(const PropertyList &other);
+    PropertyList &operator=(PropertyList &&other) noexcept;
+    ~PropertyList();
     PropertyList(const char *utf8) = delete; // say QStringLiteral, so no encoding is guessed
     PropertyList(const QByteArray &data);
     PropertyList(const PropertyArray &array);
@@ -125,7 +133,8 @@ public:
     quint64 toUid() const;
     PropertyArray toArray() const;
     PropertyDictionary toDictionary() const;
-    // No copy, for walking large trees; the referenced container must be of that type.
+    // No copy, for walking large trees; the referenced value must be of that type.
+    const QString &stringRef() const;
     const PropertyArray &arrayRef() const;
     const PropertyDictionary &dictionaryRef() const;
 
@@ -139,21 +148,32 @@ public:
     QString description() const;
 
 private:
-    struct Uid {
-        quint64 value;
-        bool operator==(const Uid &) const = default;
+    // One payload per type, told apart by m_type. A hand-made union rather than
+    // a std::variant: the variant's own tag would round a value up to 40 bytes,
+    // and trees hold millions of values.
+    union Payload {
+        Payload() : bits(0) {}
+        ~Payload() {}
+        QString string;
+        QByteArray data;
+        quint64 bits;  // integers and UIDs
+        double number; // reals and dates
+        bool flag;
+        PropertyArray array;
+        PropertyDictionary dictionary;
     };
-    using Storage = std::variant<QString, QByteArray, quint64, double, bool, PropertyArray,
-                                 PropertyDictionary, Uid>;
 
-    PropertyList(Type type, char typeCode, Storage storage);
+    PropertyList(Type type, char typeCode);
+    void copyPayload(const PropertyList &other);
+    void movePayload(PropertyList &&other) noexcept;
+    void destroyPayload() noexcept;
     bool equals(const PropertyList &other, bool strictTypes) const;
 
-    Storage m_storage;
+    Payload m_payload;
     Type m_type = Type::String;
     char m_typeCode = 0;
 };
 
-static_assert(sizeof(PropertyList) <= 40, "a value is a variant of shared handles and stays small");
+static_assert(sizeof(PropertyList) <= 32, "a value is one shared handle or number, its type and its type code");
 
 Q_DECLARE_METATYPE(PropertyList)

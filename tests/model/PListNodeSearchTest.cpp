@@ -86,6 +86,11 @@ private slots:
         QTest::newRow("bang-hash-drops-exact-only") << u"{x = ABCd; y = abcd;}"_s << u"!#abc"_s << u">{x = >ABCd;}"_s;
         QTest::newRow("hash-bang-is-not-negated")
             << u"{x = ABC; y = abcdef; abc = abc;}"_s << u"#!abc"_s << u">{x = >ABC; y = >abcdef;}"_s;
+        // A number's text is only made when the query could lie in it.
+        const QString counts = u"{n = <*I512>; r = <*R-1.5e+300>; m = x;}"_s;
+        QTest::newRow("negated-digits-drop-number") << counts << u"!51"_s << u">{r = >\"-1.5e+300\"; m = >x;}"_s;
+        QTest::newRow("negated-letters-keep-numbers") << counts << u"!zz"_s << u">{n = >512; r = >\"-1.5e+300\"; m = >x;}"_s;
+        QTest::newRow("exponent-found-in-real") << counts << u"E+3"_s << u">{r = >\"-1.5e+300\";}"_s;
     }
 
     void queryWithString()
@@ -101,6 +106,43 @@ private slots:
         QCOMPARE(TreePicture::of(*copy), expected);
         QCOMPARE(copy->name(), expected.startsWith(u'>') ? u"OVRoot"_s : u"Search Root"_s);
         QCOMPARE(TreePicture::of(*root), before);
+    }
+
+    // A tree large enough to be built and searched in parts: the hits come
+    // back whole and in the tree's order, under copies of their own groups.
+    void largeTreeKeepsOrder()
+    {
+        PropertyDictionary domains;
+        QStringList expected;
+        for (int d = 0; d < 400; ++d) {
+            PropertyDictionary entries;
+            PropertyArray items;
+            for (int k = 0; k < 60; ++k) {
+                const bool hit = (d * 60 + k) % 97 == 0;
+                entries.insert(u"key%1"_s.arg(k), PropertyList(hit ? u"a hit"_s : u"miss"_s));
+                items.append(PropertyList(hit ? u"hit %1"_s.arg(k) : u"miss"_s));
+                if (hit)
+                    expected << u"d%1/key%2"_s.arg(d).arg(k) << u"d%1/items/%2"_s.arg(d).arg(k);
+            }
+            entries.insert(u"items"_s, items);
+            domains.insert(u"d%1"_s.arg(d), entries);
+        }
+        const PListNodePtr root = PListNode::treeFromDictionary(domains);
+        QVERIFY(root->initialValue().isIdenticalTo(PropertyList(domains)));
+        const PListNodePtr copy = root->queryWithString(u"HIT"_s);
+        QStringList found;
+        for (const PListNodePtr &domain : copy->children()) {
+            QCOMPARE(domain->nodeParent(), copy.get());
+            for (const PListNodePtr &entry : domain->children()) {
+                if (entry->isLeaf()) {
+                    found << domain->name() + u'/' + entry->name();
+                    continue;
+                }
+                for (const PListNodePtr &item : entry->children())
+                    found << domain->name() + u"/items/"_s + item->stringValue().section(u' ', 1);
+            }
+        }
+        QCOMPARE(found, expected);
     }
 
     void queryOnLeaf()

@@ -170,6 +170,39 @@ private slots:
         QCOMPARE(childNames(*searchCopy), u"x"_s);
     }
 
+    // An element's name is its value's text as it was when the tree was made,
+    // whatever happens to the element afterwards.
+    void elementNamesOutliveEdits()
+    {
+        const PropertyDictionary record{{u"k"_s, integer(1)}};
+        const QString recordText = PropertyList(record).description();
+        const PListNodePtr root =
+            PListNode::treeFromDictionary({{u"list"_s, PropertyArray{record, integer(5), u"s"_s}}, {u"d"_s, record}});
+        const PListNodePtr list = root->childWithName(u"list"_s);
+        const PListNodePtr group = list->childAtIndex(0), number = list->childAtIndex(1);
+        QCOMPARE(childNames(*list), recordText + u",5,s"_s);
+        QCOMPARE(group->value().dictionaryRef().size(), 0); // a group's value is only its kind
+        QVERIFY(!group->isEqualToNode(*root->childWithName(u"d"_s)));
+
+        group->firstChild()->setValue(u"2"_s);
+        QVERIFY(number->setMenu(BooleanClass));
+        QCOMPARE(childNames(*list), recordText + u",5,s"_s);
+        QCOMPARE(group->copy()->name(), recordText);
+        QCOMPARE(throughArchive(*group)->name(), recordText);
+        QCOMPARE(throughArchive(*group)->value().dictionaryRef().size(), 0);
+        QCOMPARE(list->initialValue().arrayRef().at(0), PropertyList(PropertyDictionary{{u"k"_s, integer(2)}}));
+
+        // Taken out of the array, it keeps the name it has.
+        list->removeChild(group);
+        root->insertChild(group, 0);
+        QCOMPARE(root->initialValue().dictionaryRef().keys().first(), recordText);
+        number->setValue(u"7"_s);
+        QCOMPARE(number->name(), u"7"_s);
+        group->setName(u"renamed"_s);
+        QCOMPARE(group->value().dictionaryRef().size(), 0);
+        QCOMPARE(TreePicture::of(*root->firstChild()), u"{k = 2;}"_s);
+    }
+
     void lookups()
     {
         const PListNodePtr root = PListNode::treeFromDictionary({{u"a"_s, integer(1)}, {u"b"_s, integer(2)}});

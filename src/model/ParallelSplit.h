@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <thread>
+
+// Opening, sorting and filtering a large file walk millions of nodes, and the
+// machine has more than one core. A walk over a node's children can hand the
+// second half of them to another thread, when the subtrees are large enough to
+// repay starting one. Only the outermost walk splits: a walk already running on
+// a second thread goes on in that thread.
+namespace ParallelSplit {
+
+// Total weight (roughly nodes) below which one thread does all the work.
+constexpr qint64 kWorthAThread = 20000;
+
+inline thread_local bool t_inSplit = false;
+
+// Runs work(first, last) over the ranges of [0, count) so that each range
+// carries about half of the weight weightOf(i) of the items, the second one on
+// another thread; or work(0, count) alone for a small or nested walk. The work
+// must touch only what belongs to its own items.
+template<typename WeightOf, typename Work>
+void run(qsizetype count, WeightOf weightOf, Work work)
+{
+    if (t_inSplit || count < 2) {
+        work(qsizetype(0), count);
+        return;
+    }
+    qint64 total = 0;
+    for (qsizetype i = 0; i < count; ++i)
+        total += weightOf(i);
+    if (total < kWorthAThread) {
+        work(qsizetype(0), count);
+        return;
+    }
+    qsizetype middle = 0;
+    for (qint64 weight = 0; middle < count - 1 && weight * 2 < total; ++middle)
+        weight += weightOf(middle);
+    t_inSplit = true;
+    std::thread second([&] {
+        t_inSplit = true;
+        work(middle, count);
+    });
+    work(qsizetype(0), middle);
+    second.join();
+    t_inSplit = false;
+}
+
+} // namespace ParallelSplit
