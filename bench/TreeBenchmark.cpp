@@ -325,6 +325,10 @@ void queryWithString(benchmark::State &state, const char *term)
     }
     const PListNodePtr filtered = data.tree->queryWithString(query);
     const qint64 found = filtered ? leavesIn(*filtered) : 0;
+    TreeCounts resultCounts;
+    if (filtered)
+        count(*filtered, resultCounts);
+    state.counters["result nodes"] = static_cast<double>(resultCounts.nodes);
     state.counters["found leaves"] = static_cast<double>(found);
     state.counters["% of leaves"] = 100.0 * static_cast<double>(found) / static_cast<double>(data.counts.leaves);
 }

@@ -2,14 +2,18 @@
 #include "PListNode.h"
 
 #include "ParallelSplit.h"
+#include "VXAdditions.h"
 
 #include <QCoreApplication>
 #include <QHash>
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <vector>
 
 Q_LOGGING_CATEGORY(lcModel, "orvane.model")
+
+namespace TextSignature = VXAdditions::TextSignature;
 
 namespace {
 
@@ -71,6 +75,7 @@ PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &va
         // A value of no class (a keyed archiver's UID) gets no tag and no text.
         break;
     }
+    node->refreshSignature();
     return node;
 }
 
@@ -113,6 +118,7 @@ PListNodePtr PListNode::elementFor(const PropertyList &value)
     child->m_nameIsDescription = true;
     if (!child->m_isLeaf)
         child->m_objectValue = value;
+    child->refreshSignature();
     return child;
 }
 
@@ -124,6 +130,7 @@ PListNodePtr PListNode::makeGroup(const QString &name, const PropertyList &marke
     node->m_objectValue = marker;
     node->m_menuValue = static_cast<qint8>(tag);
     node->m_canEditValue = false;
+    node->refreshSignature();
     return node;
 }
 
@@ -188,6 +195,9 @@ PropertyList PListNode::initialValue() const
         return m_searchReference->initialValue();
     if (m_isLeaf)
         return m_objectValue;
+    const auto weightOf = [this](qsizetype i) { return 1 + m_children.at(i)->m_children.size(); };
+    if (ParallelSplit::worthSplitting(m_children.size(), weightOf))
+        return initialValueInHalves();
     if (m_objectValue.isArray()) {
         PropertyArray items;
         items.reserve(m_children.size());
@@ -199,6 +209,30 @@ PropertyList PListNode::initialValue() const
     entries.reserve(m_children.size());
     for (const PListNodePtr &child : m_children)
         entries.insert(child->name(), child->initialValue()); // a later equal name wins
+    return entries;
+}
+
+// A large tree's value, its children's values made side by side.
+PropertyList PListNode::initialValueInHalves() const
+{
+    std::vector<PropertyList> values(static_cast<size_t>(m_children.size()));
+    ParallelSplit::run(
+        m_children.size(), [this](qsizetype i) { return 1 + m_children.at(i)->m_children.size(); },
+        [&](qsizetype first, qsizetype last) {
+            for (qsizetype i = first; i < last; ++i)
+                values[static_cast<size_t>(i)] = m_children.at(i)->initialValue();
+        });
+    if (m_objectValue.isArray()) {
+        PropertyArray items;
+        items.reserve(m_children.size());
+        for (const PropertyList &value : values)
+            items.append(value);
+        return items;
+    }
+    PropertyDictionary entries;
+    entries.reserve(m_children.size());
+    for (qsizetype i = 0; i < m_children.size(); ++i)
+        entries.insert(m_children.at(i)->name(), values[static_cast<size_t>(i)]); // a later equal name wins
     return entries;
 }
 
@@ -316,6 +350,7 @@ void PListNode::setName(const QString &name)
     PListNode *node = target();
     node->forgetNameFromValue();
     node->m_name = name;
+    node->refreshSignature();
     node->notify(NodeRefresh::Name);
 }
 
@@ -325,6 +360,7 @@ void PListNode::keepNameFromValue()
         return;
     m_name = m_objectValue.description();
     forgetNameFromValue();
+    refreshSignature();
 }
 
 void PListNode::takeNameOf(const PListNode &other)
@@ -333,6 +369,42 @@ void PListNode::takeNameOf(const PListNode &other)
     m_nameIsDescription = other.m_nameIsDescription;
     if (m_nameIsDescription && !m_isLeaf)
         m_objectValue = other.m_objectValue;
+    // Same name, and the same value or none searched: the same characters.
+    m_signatureLow = other.m_signatureLow;
+    m_signatureHigh = other.m_signatureHigh;
+}
+
+PListNodePtr PListNode::emptyGroup(bool array)
+{
+    return array ? makeGroup(QString(), emptyArrayMarker(), ArrayClass)
+                 : makeGroup(QString(), emptyDictionaryMarker(), DictionaryClass);
+}
+
+void PListNode::refreshSignature()
+{
+    // A name still to be made from the value is left out: array elements are
+    // not searched by name, and the filter reads such a name whenever it must.
+    quint64 signature = m_nameIsDescription ? 0 : TextSignature::of(m_name);
+    if (m_isLeaf) {
+        switch (m_objectValue.type()) {
+        case PropertyList::Type::String:
+            signature |= TextSignature::of(m_objectValue.stringRef());
+            break;
+        case PropertyList::Type::Integer:
+        case PropertyList::Type::Real:
+        case PropertyList::Type::Boolean:
+            signature |= TextSignature::ofNumbers();
+            break;
+        case PropertyList::Type::Data:
+        case PropertyList::Type::Date:
+        case PropertyList::Type::Array:
+        case PropertyList::Type::Dictionary:
+        case PropertyList::Type::Uid:
+            break; // never searched by value
+        }
+    }
+    m_signatureLow = static_cast<quint16>(signature);
+    m_signatureHigh = static_cast<quint32>(signature >> 16);
 }
 
 void PListNode::forgetNameFromValue()

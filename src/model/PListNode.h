@@ -117,7 +117,11 @@ public:
     PropertyList value() const;
     int menu() const;
     bool isLeaf() const { return m_isLeaf; }
-    void setIsLeaf(bool leaf) { m_isLeaf = leaf; }
+    void setIsLeaf(bool leaf)
+    {
+        m_isLeaf = leaf;
+        refreshSignature();
+    }
     bool isGroup() const { return !m_isLeaf; }
     bool isArray() const { return !m_isLeaf && m_objectValue.isArray(); }
     bool canEdit() const { return m_canEdit; }
@@ -190,6 +194,7 @@ private:
     static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag);
     static PListNodePtr elementFor(const PropertyList &value);
     void refreshArrayItems();
+    PropertyList initialValueInHalves() const;
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }
 
@@ -203,8 +208,14 @@ private:
     void keepNameFromValue();
     // Clears it when the name is about to be replaced anyway.
     void forgetNameFromValue();
-    // The name other has, kept the way other keeps it.
+    // The name other has, kept the way other keeps it, for a copy of other
+    // that holds other's value (or is a group, as other is).
     void takeNameOf(const PListNode &other);
+    static PListNodePtr emptyGroup(bool array);
+    // Which characters the name (unless it is still to be made from the value)
+    // and the searched value text hold; made again whenever either changes.
+    quint64 signature() const { return quint64(m_signatureHigh) << 16 | m_signatureLow; }
+    void refreshSignature();
 
     // The fields the search reads on every node come first, so a walk over a
     // large tree touches as few cache lines as possible. The flags share one
@@ -225,11 +236,15 @@ private:
     // Data and UID values show "(Data Item)" and nothing when read, but their
     // description once they were set by editing.
     bool m_describesValue : 1 = false;
+    // The signature of the texts the filter reads (TextSignature), in the
+    // bytes before the value that alignment leaves free.
+    quint16 m_signatureLow = 0xffff;
+    quint32 m_signatureHigh = 0xffffffff;
+    PListNode *m_searchReference = nullptr;
     PropertyList m_objectValue;
+    PListNode *m_parent = nullptr;
     QString m_name;
     QList<PListNodePtr> m_children;
-    PListNode *m_parent = nullptr;
-    PListNode *m_searchReference = nullptr;
 
     friend class PListNodeAccess;
 };

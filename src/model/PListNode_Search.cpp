@@ -27,6 +27,15 @@ struct FilterQuery {
     {
     }
 
+    // Whether a node's texts must be read at all: when they cannot contain
+    // what either pattern looks for, they answer as empty texts do.
+    bool mayContain(quint64 signature) const
+    {
+        const quint64 needed = pattern.signature();
+        const quint64 unmarkedNeeded = unmarked.signature();
+        return (signature & needed) == needed || (negated && (signature & unmarkedNeeded) == unmarkedNeeded);
+    }
+
     VXAdditions::SearchPattern pattern;
     bool negated;
     VXAdditions::SearchPattern unmarked;
@@ -97,16 +106,31 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         bool leafMatches(const PListNode &node) const
         {
             const PListNode &real = *node.target();
+            const bool readTexts = m_query.mayContain(real.signature()) || (real.m_nameIsDescription && !parentIsArray(node));
             QStringView text;
             QString made;
-            const bool searchable = valueText(real, &text, &made);
+            const bool searchable = readTexts ? valueText(real, &text, &made) : valueIsSearched(real);
             if (searchable && m_query.pattern.matches(text))
                 return true;
             // "!abc" drops a leaf whose value holds abc, whatever its name.
             if (searchable && m_query.negated && m_query.unmarked.matches(text))
                 return false;
             // Array elements are labelled by position, so their names are not searched.
-            return !parentIsArray(node) && nameMatches(real);
+            if (parentIsArray(node))
+                return false;
+            return readTexts ? nameMatches(real) : m_query.pattern.matches(QStringView());
+        }
+
+        bool groupNameMatches(const PListNode &real) const
+        {
+            if (real.m_nameIsDescription || m_query.mayContain(real.signature()))
+                return nameMatches(real);
+            return m_query.pattern.matches(QStringView());
+        }
+
+        static bool valueIsSearched(const PListNode &real)
+        {
+            return real.m_objectValue.isString() || real.m_objectValue.isNumber();
         }
 
         // A fresh leaf as initWithName makes it from the leaf's name and value.
@@ -123,8 +147,7 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
 
         static PListNodePtr emptyGroupLike(const PListNode &node)
         {
-            PListNodePtr copy = node.isArray() ? initFromArray(PropertyArray(), QString())
-                                               : initFromDictionary(PropertyDictionary(), QString());
+            PListNodePtr copy = emptyGroup(node.isArray());
             copy->takeNameOf(*node.target());
             copy->m_searchReference = const_cast<PListNode *>(&node);
             return copy;
@@ -144,8 +167,10 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         // The walk is bound by fetching nodes and their texts from all over the
         // heap, not by matching, so it asks for them some children ahead: the
         // node first, and its texts once the node itself has arrived.
-        static void fetchTexts(const PListNode &node)
+        void fetchTexts(const PListNode &node) const
         {
+            if (!m_query.mayContain(node.signature()))
+                return;
             __builtin_prefetch(node.m_name.constData());
             if (node.m_objectValue.isString())
                 __builtin_prefetch(node.m_objectValue.stringRef().constData());
@@ -215,7 +240,7 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
                 return copy;
             const PListNode &real = *node.target();
             // A group whose own name matches is shown, without its contents.
-            if (!parentIsArray(node) && nameMatches(real))
+            if (!parentIsArray(node) && groupNameMatches(real))
                 return emptyGroupLike(node);
             // The outline always needs a root, even when nothing matched.
             if (!real.m_nameIsDescription && real.m_name == kRootName)

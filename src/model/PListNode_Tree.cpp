@@ -378,6 +378,7 @@ PListNodePtr PListNode::copy() const
     node->m_objectValue = m_objectValue;
     node->m_menuValue = m_menuValue;
     node->m_describesValue = m_describesValue;
+    node->refreshSignature();
     // The copy refers to the same parent and real node as the source, owning
     // neither, until someone inserts it somewhere.
     node->m_parent = m_parent;
@@ -436,6 +437,7 @@ PListNodePtr PListNode::initWithCoder(const ArchivedNode &archived)
     // The display text follows from the value; only whether data shows as
     // "(Data Item)" or as its bytes is taken from the archive.
     node->m_describesValue = archived.displayValue != node->ownDisplayText();
+    node->refreshSignature();
     // Not archived, so it comes out false: the node becomes editable only when
     // it is given an editable parent.
     node->m_canEdit = false;

@@ -188,6 +188,7 @@ void PListNode::setValue(const PropertyList &newValue)
     m_objectValue = *stored;
     m_valueIsBool = m_menuValue == BooleanClass;
     m_describesValue = true;
+    refreshSignature();
     notify(NodeRefresh::Value);
     notify(NodeRefresh::Class);
 }
@@ -238,6 +239,7 @@ bool PListNode::setMenu(int tag)
     if (m_menuValue == BooleanClass)
         m_valueIsBool = true;
     m_describesValue = true;
+    refreshSignature();
     notify(NodeRefresh::Value);
     notify(NodeRefresh::Class);
     return true;

@@ -16,6 +16,18 @@ constexpr qint64 kWorthAThread = 20000;
 
 inline thread_local bool t_inSplit = false;
 
+// Whether a walk over count items of these weights is worth a second thread.
+template<typename WeightOf>
+bool worthSplitting(qsizetype count, WeightOf weightOf)
+{
+    if (t_inSplit || count < 2)
+        return false;
+    qint64 total = 0;
+    for (qsizetype i = 0; i < count && total < kWorthAThread; ++i)
+        total += weightOf(i);
+    return total >= kWorthAThread;
+}
+
 // Runs work(first, last) over the ranges of [0, count) so that each range
 // carries about half of the weight weightOf(i) of the items, the second one on
 // another thread; or work(0, count) alone for a small or nested walk. The work
@@ -23,17 +35,13 @@ inline thread_local bool t_inSplit = false;
 template<typename WeightOf, typename Work>
 void run(qsizetype count, WeightOf weightOf, Work work)
 {
-    if (t_inSplit || count < 2) {
+    if (!worthSplitting(count, weightOf)) {
         work(qsizetype(0), count);
         return;
     }
     qint64 total = 0;
     for (qsizetype i = 0; i < count; ++i)
         total += weightOf(i);
-    if (total < kWorthAThread) {
-        work(qsizetype(0), count);
-        return;
-    }
     qsizetype middle = 0;
     for (qint64 weight = 0; middle < count - 1 && weight * 2 < total; ++middle)
         weight += weightOf(middle);

@@ -151,9 +151,34 @@ QString fixedSix(double value)
     return QString::fromLatin1(buffer, result.ptr - buffer);
 }
 
+// The bit of one UTF-16 unit in a text's signature.
+quint64 signatureBit(char16_t unit)
+{
+    constexpr int kOther = VXAdditions::TextSignature::kBits - 1;
+    const char16_t folded = foldToAscii(unit);
+    if (folded >= u'a' && folded <= u'z')
+        return quint64(1) << (folded - u'a');
+    if (folded >= u'0' && folded <= u'9')
+        return quint64(1) << (26 + (folded - u'0'));
+    return quint64(1) << kOther;
+}
+
 } // namespace
 
 namespace VXAdditions {
+
+quint64 TextSignature::of(QStringView text)
+{
+    quint64 signature = 0;
+    for (const QChar unit : text) {
+        signature |= signatureBit(unit.unicode());
+        if (signature == kEverything)
+            break;
+    }
+    return signature;
+}
+
+quint64 TextSignature::ofNumbers() { return of(u"0123456789+-.einfa"); }
 
 bool boolValue(const QString &text)
 {
@@ -219,6 +244,9 @@ SearchPattern::SearchPattern(const QString &query)
         else if (first == u's')
             alternate = kLongS;
     }
+    // Beyond ASCII, a caseless search folds more than the signature knows.
+    if (!m_unicodeFallback)
+        m_signature = TextSignature::of(m_needle);
     std::fill_n(m_firstUnit.first, 8, first);
     std::fill_n(m_firstUnit.mask, 8, mask);
     std::fill_n(m_firstUnit.alternate, 8, alternate);

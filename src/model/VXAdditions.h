@@ -36,6 +36,19 @@ std::optional<QString> subPathFromBase(const QString &text, const QString &base,
 // negates, "#!" or "!#" do both. An empty query matches nothing.
 bool containsString(const QString &text, const QString &query);
 
+// Which characters a text holds, one bit per kind: each ASCII letter (case
+// folded; the Kelvin sign and the long s count as k and s, as the search folds
+// them), each digit, and one bit for everything else. A text whose signature
+// lacks a bit of a query's signature cannot contain the query, so the filter
+// can pass over it without reading it. Nodes keep the signature of their texts.
+namespace TextSignature {
+constexpr int kBits = 37;
+constexpr quint64 kEverything = (quint64(1) << kBits) - 1;
+quint64 of(QStringView text);
+// What any number's description may hold: digits, sign, point, "e", "inf", "nan".
+quint64 ofNumbers();
+} // namespace TextSignature
+
 // A search-field query read once, for matching it against many texts: the
 // filter tests every name and value of a tree on each keystroke, so the marks
 // are read here and nothing is allocated per text. matches(text) is exactly
@@ -48,6 +61,9 @@ public:
     // sign, point, exponent, inf, nan). When it cannot, matches() answers a
     // number's text as it answers an empty one, so the filter need not make it.
     bool mayOccurInNumberText() const;
+    // The signature every text that contains the text looked for has; 0 (which
+    // every text has) when that cannot be told from the characters alone.
+    quint64 signature() const { return m_signature; }
 
     // What a text unit must be to start a match, each repeated for eight units
     // at once: (unit | mask) equals first, or the unit is alternate (a unit
@@ -69,6 +85,7 @@ private:
     bool m_folded = false;
     bool m_unicodeFallback = false;
     FirstUnit m_firstUnit;
+    quint64 m_signature = 0;
 };
 
 // The last UTF-16 unit; text must not be empty.

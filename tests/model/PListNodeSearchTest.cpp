@@ -6,6 +6,7 @@
 #include "model/PListNode.h"
 #include "model/VXAdditions.h"
 #include "platform/PropertyListSerialization.h"
+#include "platform/SequentialArchive.h"
 
 #include <QTest>
 
@@ -143,6 +144,67 @@ private slots:
             }
         }
         QCOMPARE(found, expected);
+    }
+
+    // The filter passes over nodes whose texts cannot hold the query, so what it
+    // knows of a node's texts must follow every way they change.
+    void editsAreFound_data()
+    {
+        QTest::addColumn<int>("edit");
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QStringList>("found"); // the names of the root's children in the copy
+        const QString moved = PropertyList(PropertyDictionary{{u"w"_s, PropertyList(u"v"_s)}}).description();
+        QTest::newRow("renamed") << 0 << u"zebra"_s << QStringList{u"zebra"_s};
+        QTest::newRow("value set") << 1 << u"quokka"_s << QStringList{u"k"_s};
+        QTest::newRow("class changed") << 2 << u"1"_s << QStringList{u"n"_s};
+        QTest::newRow("element moved out of its array") << 3 << u"w = v"_s << QStringList{moved};
+        QTest::newRow("copy inserted") << 4 << u"plain"_s << QStringList{u"k"_s, u"k"_s};
+        QTest::newRow("archived and put back") << 5 << u"plain"_s << QStringList{u"k"_s, u"k"_s};
+    }
+
+    void editsAreFound()
+    {
+        QFETCH(int, edit);
+        QFETCH(QString, query);
+        QFETCH(QStringList, found);
+        const PropertyDictionary record{{u"w"_s, PropertyList(u"v"_s)}};
+        const PListNodePtr root = PListNode::treeFromDictionary(
+            {{u"k"_s, PropertyList(u"plain"_s)}, {u"n"_s, PropertyList(u"yes"_s)}, {u"list"_s, PropertyArray{record}}});
+        const PListNodePtr leaf = root->childWithName(u"k"_s);
+        const PListNodePtr list = root->childWithName(u"list"_s);
+        switch (edit) {
+        case 0:
+            leaf->setName(u"zebra"_s);
+            break;
+        case 1:
+            leaf->setValue(u"quokka"_s);
+            break;
+        case 2:
+            QVERIFY(root->childWithName(u"n"_s)->setMenu(BooleanClass));
+            break;
+        case 3: {
+            const PListNodePtr element = list->firstChild();
+            list->removeChild(element);
+            root->insertChild(element, 0);
+            break;
+        }
+        case 4:
+            root->insertChild(leaf->copy(), 0);
+            break;
+        case 5: {
+            SequentialArchiveWriter writer;
+            writer.encodeNode(leaf->encodeWithCoder());
+            const ReadResult<ArchivedNode> read = SequentialArchiveReader(writer.data()).decodeNode();
+            QVERIFY(read);
+            root->insertChild(PListNode::initWithCoder(read.value), 0);
+            break;
+        }
+        }
+        QStringList names;
+        const PListNodePtr copy = root->queryWithString(query);
+        for (const PListNodePtr &child : copy->children())
+            names << child->name();
+        QCOMPARE(names, found);
     }
 
     void queryOnLeaf()
