@@ -4,5 +4,5 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 "$root/scripts/install-deps.sh"
 cmake --preset bench -S "$root" >/dev/null
-cmake --build "$root/build/bench" --target bench_CodecBenchmark bench_TreeBenchmark
+cmake --build "$root/build/bench"
 for b in "$root"/build/bench/bench/bench_*; do "$b" "$@"; done
