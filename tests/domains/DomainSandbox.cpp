@@ -9,38 +9,34 @@
 #include <QFileInfo>
 
 DomainSandbox::DomainSandbox()
-    : m_oldHome(qgetenv("HOME")), m_oldLocal(qgetenv("ORVANE_LOCAL_PREFERENCES")),
-      m_oldHost(qgetenv("ORVANE_HOST_UUID")), m_hadLocal(qEnvironmentVariableIsSet("ORVANE_LOCAL_PREFERENCES")),
-      m_hadHost(qEnvironmentVariableIsSet("ORVANE_HOST_UUID"))
 {
+    const std::array<std::pair<const char *, QByteArray>, 3> replacements{{
+        {"HOME", QFile::encodeName(home())},
+        {"ORVANE_LOCAL_PREFERENCES", QFile::encodeName(machineFolder())},
+        {"ORVANE_HOST_UUID", kHostId.toLatin1()},
+    }};
+    for (std::size_t i = 0; i < replacements.size(); ++i) {
+        const char *name = replacements[i].first;
+        m_saved[i] = {name, qgetenv(name), qEnvironmentVariableIsSet(name)};
+        qputenv(name, replacements[i].second);
+    }
     QDir().mkpath(userFolder());
     QDir().mkpath(machineFolder());
-    qputenv("HOME", QFile::encodeName(home()));
-    qputenv("ORVANE_LOCAL_PREFERENCES", QFile::encodeName(machineFolder()));
-    qputenv("ORVANE_HOST_UUID", kHostId.toLatin1());
 }
 
 DomainSandbox::~DomainSandbox()
 {
-    qputenv("HOME", m_oldHome);
-    if (m_hadLocal)
-        qputenv("ORVANE_LOCAL_PREFERENCES", m_oldLocal);
-    else
-        qunsetenv("ORVANE_LOCAL_PREFERENCES");
-    if (m_hadHost)
-        qputenv("ORVANE_HOST_UUID", m_oldHost);
-    else
-        qunsetenv("ORVANE_HOST_UUID");
-}
-
-QString DomainSandbox::absolute(const QString &path) const
-{
-    return QFileInfo(path).isAbsolute() ? path : home() + QLatin1Char('/') + path;
+    for (const Saved &saved : m_saved) {
+        if (saved.wasSet)
+            qputenv(saved.name, saved.value);
+        else
+            qunsetenv(saved.name);
+    }
 }
 
 QString DomainSandbox::write(const QString &path, const QByteArray &bytes) const
 {
-    const QString full = absolute(path);
+    const QString full = QFileInfo(path).isAbsolute() ? path : home() + QLatin1Char('/') + path;
     QDir().mkpath(QFileInfo(full).path());
     QFile file(full);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())

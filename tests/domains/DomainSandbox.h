@@ -6,6 +6,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <array>
+
 // A throw-away account for one test: HOME, the machine's preferences folder
 // and the host identifier all point into a temporary folder, so no test reads
 // or writes the real account. The previous environment comes back on
@@ -19,7 +21,6 @@ public:
     DomainSandbox(const DomainSandbox &) = delete;
     DomainSandbox &operator=(const DomainSandbox &) = delete;
 
-    bool isValid() const { return m_dir.isValid(); }
     QString home() const { return m_dir.path(); }
     QString userFolder() const { return m_dir.path() + QStringLiteral("/Library/Preferences"); }
     QString machineFolder() const { return m_dir.path() + QStringLiteral("/machine"); }
@@ -30,13 +31,13 @@ public:
     QString writeDictionary(const QString &path, const PropertyDictionary &content) const;
     // Copies a file of the corpus's plists/binary folder to path.
     QString copyCorpus(const QString &corpusName, const QString &path) const;
-    QString absolute(const QString &path) const;
 
 private:
+    struct Saved {
+        const char *name;
+        QByteArray value;
+        bool wasSet;
+    };
     QTemporaryDir m_dir;
-    QByteArray m_oldHome;
-    QByteArray m_oldLocal;
-    QByteArray m_oldHost;
-    bool m_hadLocal = false;
-    bool m_hadHost = false;
+    std::array<Saved, 3> m_saved;
 };

@@ -10,7 +10,7 @@
 #include <QFile>
 #include <QTest>
 
-#include <unistd.h>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -91,7 +91,6 @@ class OpenNodeTest : public QObject {
 private slots:
     void listing_data();
     void listing();
-    void unreadableFileIsSkipped();
     void browserTopLevel();
     void displayName_data();
     void displayName();
@@ -100,57 +99,38 @@ private slots:
     void query_data();
     void query();
     void removingAFoundDomainRemovesItFromTheFullTree();
-    void childEditing();
 };
 
 void OpenNodeTest::listing_data()
 {
-    QTest::addColumn<QStringList>("entries");
-    QTest::addColumn<QStringList>("listed");
-    QTest::newRow("plain domain file") << QStringList{u"a.plist"_s} << QStringList{u"a.plist"_s};
-    QTest::newRow("upper-case extension is no domain") << QStringList{u"Foo.PLIST"_s} << QStringList{};
-    QTest::newRow("hidden global file is listed") << QStringList{u".GlobalPreferences.plist"_s}
-                                                  << QStringList{u".GlobalPreferences.plist"_s};
-    QTest::newRow("a file named .plist has no extension") << QStringList{u".plist"_s} << QStringList{};
-    QTest::newRow("other files are skipped") << QStringList{u"notes.txt"_s, u"a.plist.bak"_s} << QStringList{};
-    QTest::newRow("ByHost with only non-plists dropped") << QStringList{u"ByHost/readme.txt"_s} << QStringList{};
-    QTest::newRow("ByHost with a per-host domain kept")
-        << QStringList{u"ByHost/com.x.ID.plist"_s, u"ByHost/x.txt"_s}
-        << QStringList{u"ByHost/"_s, u"ByHost/com.x.ID.plist"_s};
-    QTest::newRow("empty sub-folder dropped") << QStringList{u"empty/"_s} << QStringList{};
-    QTest::newRow("no plist at any depth drops every level") << QStringList{u"a/b/c/x.txt"_s, u"a/b/d/"_s}
-                                                             << QStringList{};
-    QTest::newRow("deep plist keeps the folders above it")
-        << QStringList{u"a/b/c.plist"_s, u"a/empty/"_s} << QStringList{u"a/"_s, u"a/b/"_s, u"a/b/c.plist"_s};
-    QTest::newRow("dangling link is unreadable") << QStringList{u"gone.plist->/nonexistent/x.plist"_s}
-                                                 << QStringList{};
-    QTest::newRow("readable folder named x.plist is listed as a file") << QStringList{u"x.plist/y.plist"_s}
-                                                                       << QStringList{u"x.plist"_s};
-    QTest::newRow("link back up the tree is not followed round")
-        << QStringList{u"sub/a.plist"_s, u"sub/loop->.."_s} << QStringList{u"sub/"_s, u"sub/a.plist"_s};
+    // Entries separated by blanks, as makeEntries() takes them.
+    QTest::addColumn<QString>("entries");
+    QTest::addColumn<QString>("listed");
+    QTest::newRow("upper-case extension is no domain") << u"Foo.PLIST"_s << u""_s;
+    QTest::newRow("hidden global file is listed") << u".GlobalPreferences.plist notes.txt"_s
+                                                  << u".GlobalPreferences.plist"_s;
+    QTest::newRow("a file named .plist has no extension") << u".plist"_s << u""_s;
+    QTest::newRow("ByHost with only non-plists dropped") << u"ByHost/readme.txt"_s << u""_s;
+    QTest::newRow("ByHost with a per-host domain kept") << u"ByHost/com.x.ID.plist ByHost/x.txt"_s
+                                                        << u"ByHost/ ByHost/com.x.ID.plist"_s;
+    QTest::newRow("empty sub-folders dropped at every level") << u"empty/ a/b/c/x.txt a/b/d/"_s << u""_s;
+    QTest::newRow("deep plist keeps the folders above it") << u"a/b/c.plist a/empty/"_s << u"a/ a/b/ a/b/c.plist"_s;
+    QTest::newRow("dangling link is unreadable") << u"gone.plist->/nonexistent/x.plist"_s << u""_s;
+    QTest::newRow("readable folder named x.plist is listed as a file") << u"x.plist/y.plist"_s << u"x.plist"_s;
+    QTest::newRow("link back up the tree is not followed round") << u"sub/a.plist sub/loop->.."_s
+                                                                 << u"sub/ sub/a.plist"_s;
 }
 
 void OpenNodeTest::listing()
 {
-    QFETCH(QStringList, entries);
-    QFETCH(QStringList, listed);
+    QFETCH(QString, entries);
+    QFETCH(QString, listed);
     DomainSandbox sandbox;
-    makeEntries(sandbox.userFolder(), entries);
+    makeEntries(sandbox.userFolder(), entries.split(u' ', Qt::SkipEmptyParts));
     QStringList found;
     flatten(openDomain::returnFileArrayFromPath(sandbox.userFolder()), sandbox.userFolder(), found);
     found.sort();
-    listed.sort();
-    QCOMPARE(found, listed);
-}
-
-void OpenNodeTest::unreadableFileIsSkipped()
-{
-    if (geteuid() == 0)
-        QSKIP("running as root: every file is readable");
-    DomainSandbox sandbox;
-    const QString path = sandbox.write(sandbox.userFolder() + u"/locked.plist"_s, "x");
-    QFile::setPermissions(path, QFileDevice::Permissions());
-    QVERIFY(openDomain::returnFileArrayFromPath(sandbox.userFolder()).isEmpty());
+    QCOMPARE(found.join(u' '), listed);
 }
 
 void OpenNodeTest::browserTopLevel()
@@ -163,20 +143,17 @@ void OpenNodeTest::browserTopLevel()
     const openNodePtr root = application.treeData();
     QCOMPARE(root, application.cachedTreeData());
     QCOMPARE(root->name(), u"Root"_s);
-    QVERIFY(root->isGroup());
     QCOMPARE(root->numberOfChildren(), 4);
-    // The machine folder comes first, the registration domain second, whether
-    // or not its file exists; the user's own entries follow, spliced in.
-    QCOMPARE(picture(*root->childAtIndex(0)), u"machine(com.apple.loginwindow.plist)"_s);
-    QCOMPARE(root->childAtIndex(0)->displayName(), u"System Preferences"_s);
-    const openNodePtr registration = root->childAtIndex(1);
-    QCOMPARE(registration->name(), sandbox.userFolder() + u"/NSRegistrationDomain.plist"_s);
-    QVERIFY(registration->loadSpecial());
-    QVERIFY(!QFile::exists(registration->name()));
-    QStringList rest{picture(*root->childAtIndex(2)), picture(*root->childAtIndex(3))};
-    rest.sort();
-    QCOMPARE(rest, (QStringList{u"ByHost(com.foo.ID.plist)"_s, u"com.foo.plist"_s}));
-    QVERIFY(!root->childAtIndex(2)->loadSpecial() && !root->childAtIndex(3)->loadSpecial());
+    // The machine folder comes first, the registration domain (marked *) second,
+    // though it has no file; the user's own entries follow, spliced in, in the
+    // file system's order.
+    QStringList top;
+    for (int i = 0; i < 4; ++i)
+        top << picture(*root->childAtIndex(i)) + (root->childAtIndex(i)->loadSpecial() ? u"*"_s : u""_s);
+    std::sort(top.begin() + 2, top.end());
+    QCOMPARE(top.join(u' '), u"machine(com.apple.loginwindow.plist) NSRegistrationDomain.plist* "
+                             u"ByHost(com.foo.ID.plist) com.foo.plist"_s);
+    QCOMPARE(root->childAtIndex(1)->name(), sandbox.userFolder() + u"/NSRegistrationDomain.plist"_s);
 }
 
 void OpenNodeTest::displayName_data()
@@ -189,11 +166,8 @@ void OpenNodeTest::displayName_data()
     QTest::newRow("per-host global keeps its host") << u"$U/ByHost/.GlobalPreferences.0A1B.plist"_s
                                                     << u"NSGlobalDomain.0A1B"_s;
     QTest::newRow("global stem inside a name") << u"$U/x.GlobalPreferences.plist"_s << u"xNSGlobalDomain"_s;
-    QTest::newRow("per-host domain keeps its host") << u"$U/ByHost/com.x.1234.plist"_s << u"com.x.1234"_s;
     QTest::newRow("machine folder") << u"$M"_s << u"System Preferences"_s;
     QTest::newRow("a folder inside the machine folder") << u"$M/sub"_s << u"sub"_s;
-    QTest::newRow("registration domain") << u"$U/NSRegistrationDomain.plist"_s << u"NSRegistrationDomain"_s;
-    QTest::newRow("root") << u"Root"_s << u"Root"_s;
 }
 
 void OpenNodeTest::displayName()
@@ -209,16 +183,12 @@ void OpenNodeTest::getSize_data()
 {
     QTest::addColumn<quint32>("bytes");
     QTest::addColumn<QString>("text");
-    QTest::newRow("nothing") << 0u << u"0 bytes"_s;
     QTest::newRow("1023 is still bytes") << 1023u << u"1023 bytes"_s;
     QTest::newRow("1024 is one KB") << 1024u << u"1.00 KB"_s;
-    QTest::newRow("fractional KB") << 1536u << u"1.50 KB"_s;
     QTest::newRow("exactly 1 MB stays KB: the test is strict") << 1048576u << u"1024.00 KB"_s;
     QTest::newRow("one byte past 1 MB") << 1048577u << u"1.00 MB"_s;
-    QTest::newRow("exactly 1 GB stays MB") << 1073741824u << u"1024.00 MB"_s;
     QTest::newRow("single precision: 1 GB + 1 rounds down, still MB") << 1073741825u << u"1024.00 MB"_s;
     QTest::newRow("first float above 1 GB is GB") << 1073741952u << u"1.00 GB"_s;
-    QTest::newRow("largest count") << 4294967295u << u"4.00 GB"_s;
 }
 
 void OpenNodeTest::getSize()
@@ -236,10 +206,8 @@ void OpenNodeTest::query_data()
         << u"apple"_s << u"Root(machine(com.apple.a.plist,sub(com.apple.b.plist)),ByHost(com.apple.c.ID.plist))"_s;
     QTest::newRow("ignores case") << u"FOO"_s << u"Root(com.foo.plist)"_s;
     QTest::newRow("matches the display name, not the extension") << u"plist"_s << u"Root()"_s;
-    QTest::newRow("no hit still gives the root") << u"zzz"_s << u"Root()"_s;
     QTest::newRow("empty query matches nothing") << u""_s << u"Root()"_s;
     QTest::newRow("folder name alone keeps no folder") << u"ByHost"_s << u"Root()"_s;
-    QTest::newRow("deep hit only") << u"b"_s << u"Root(machine(sub(com.apple.b.plist)))"_s;
     QTest::newRow("exact match") << u"#com.foo"_s << u"Root(com.foo.plist)"_s;
     QTest::newRow("negated") << u"!apple"_s << u"Root(NSRegistrationDomain.plist,com.foo.plist)"_s;
     QTest::newRow("machine folder's shown name is not searched") << u"System"_s << u"Root()"_s;
@@ -276,30 +244,6 @@ void OpenNodeTest::removingAFoundDomainRemovesItFromTheFullTree()
     // A whole folder of the result goes from the full tree too.
     found->childAtIndex(1)->removeFromParent();
     QCOMPARE(picture(*root), u"Root(machine(com.apple.a.plist,sub()),NSRegistrationDomain.plist,com.foo.plist)"_s);
-}
-
-void OpenNodeTest::childEditing()
-{
-    const openNodePtr root = openNode::treeFromFileArray({FileArrayItem::file(u"/p/a.plist"_s)});
-    const openNodePtr stranger = openNode::initWithItem(u"/p/b.plist"_s);
-    const openNodePtr a = root->childAtIndex(0);
-    root->removeChild(stranger.get());
-    QCOMPARE(picture(*root), u"Root(a.plist)"_s);
-    QVERIFY(!root->insertChild(stranger, 2));  // past the end
-    QVERIFY(!root->insertChild(stranger, -1));
-    QVERIFY(!root->insertChild(a, 0));         // already a child
-    QCOMPARE(stranger->nodeParent(), nullptr);
-    QVERIFY(root->insertChild(stranger, 0));
-    QCOMPARE(stranger->nodeParent(), root.get());
-    QCOMPARE(picture(*root), u"Root(b.plist,a.plist)"_s);
-    // removeChild leaves the child's parent field; removeFromParent clears it.
-    root->removeChild(a.get());
-    QCOMPARE(a->nodeParent(), root.get());
-    QCOMPARE(root->indexOfChild(a.get()), -1);
-    stranger->removeFromParent();
-    QCOMPARE(stranger->nodeParent(), nullptr);
-    QCOMPARE(root->numberOfChildren(), 0);
-    QCOMPARE(root->childAtIndex(0), nullptr);
 }
 
 ORVANE_TEST(OpenNodeTest)

@@ -27,6 +27,9 @@ Run runTool(const QStringList &arguments)
     return run;
 }
 
+const PropertyDictionary kContent{{u"Greeting"_s, PropertyList(u"Hello there"_s)},
+                                  {u"Count"_s, PropertyList::integer(3)}};
+
 } // namespace
 
 class PlistToolDomainsTest : public QObject {
@@ -57,14 +60,10 @@ void PlistToolDomainsTest::read_data()
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("out");
     QTest::addColumn<QString>("err"); // a part of standard error
-    const PropertyDictionary content{{u"Greeting"_s, PropertyList(u"Hello there"_s)},
-                                     {u"Count"_s, PropertyList::integer(3)}};
     QTest::newRow("whole domain") << QStringList{u"read"_s, u"com.example.whole"_s} << 0
-                                  << PropertyList(content).description() + u'\n' << QString();
-    QTest::newRow("one key") << QStringList{u"read"_s, u"com.example.key"_s, u"Greeting"_s} << 0
-                             << u"Hello there\n"_s << QString();
-    QTest::newRow("global domain by its name") << QStringList{u"read"_s, u"NSGlobalDomain"_s, u"Count"_s} << 0
-                                               << u"3\n"_s << QString();
+                                  << PropertyList(kContent).description() + u'\n' << QString();
+    QTest::newRow("one key of the global domain by its name") << QStringList{u"read"_s, u"NSGlobalDomain"_s, u"Count"_s}
+                                                              << 0 << u"3\n"_s << QString();
     QTest::newRow("unknown domain") << QStringList{u"read"_s, u"com.example.none"_s} << 1 << QString()
                                     << u"'com.example.none' does not exist"_s;
     QTest::newRow("unknown key") << QStringList{u"read"_s, u"com.example.nokey"_s, u"Nope"_s} << 1 << QString()
@@ -79,13 +78,10 @@ void PlistToolDomainsTest::read()
     QFETCH(QString, out);
     QFETCH(QString, err);
     DomainSandbox sandbox;
-    const PropertyDictionary content{{u"Greeting"_s, PropertyList(u"Hello there"_s)},
-                                     {u"Count"_s, PropertyList::integer(3)}};
     // Each row reads a domain name of its own: the tool uses the process's
     // shared store, which remembers what it read.
-    for (const QString &name : {u"com.example.whole"_s, u"com.example.key"_s, u"com.example.nokey"_s,
-                                u".GlobalPreferences"_s})
-        sandbox.writeDictionary(sandbox.userFolder() + u'/' + name + u".plist"_s, content);
+    for (const QString &name : {u"com.example.whole"_s, u"com.example.nokey"_s, u".GlobalPreferences"_s})
+        sandbox.writeDictionary(sandbox.userFolder() + u'/' + name + u".plist"_s, kContent);
     const Run run = runTool(arguments);
     QCOMPARE(run.status, status);
     QCOMPARE(run.out, out);
