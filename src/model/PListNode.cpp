@@ -47,8 +47,15 @@ const SharedTexts &texts()
 
 PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &value)
 {
-    PListNodePtr node = make();
+    PListNodePtr node = leafWithoutSignature(value);
     node->m_name = name;
+    node->refreshSignature();
+    return node;
+}
+
+PListNodePtr PListNode::leafWithoutSignature(const PropertyList &value)
+{
+    PListNodePtr node = make();
     node->m_objectValue = value;
     switch (value.type()) {
     case PropertyList::Type::String:
@@ -75,7 +82,6 @@ PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &va
         // A value of no class (a keyed archiver's UID) gets no tag and no text.
         break;
     }
-    node->refreshSignature();
     return node;
 }
 

@@ -212,6 +212,8 @@ private:
     // that holds other's value (or is a group, as other is).
     void takeNameOf(const PListNode &other);
     static PListNodePtr emptyGroup(bool array);
+    // A leaf of that value, nameless, whose signature the caller sets.
+    static PListNodePtr leafWithoutSignature(const PropertyList &value);
     // Which characters the name (unless it is still to be made from the value)
     // and the searched value text hold; made again whenever either changes.
     quint64 signature() const { return quint64(m_signatureHigh) << 16 | m_signatureLow; }

@@ -139,7 +139,7 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         static PListNodePtr leafCopy(const PListNode &node)
         {
             const PListNode &real = *node.target();
-            PListNodePtr copy = initWithName(QString(), real.m_objectValue);
+            PListNodePtr copy = leafWithoutSignature(real.m_objectValue);
             copy->takeNameOf(real);
             copy->m_searchReference = const_cast<PListNode *>(&node);
             return copy;
