@@ -14,6 +14,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "SplitMix.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -29,20 +31,9 @@ constexpr double kLargest = 2.0 * 1024 * 1024;
 constexpr double kSmallest = 1024;
 const QString kHostId = QStringLiteral("0A1B2C3D-4E5F-6071-8293-A4B5C6D7E8F9");
 
-// splitmix64: every run generates the same folder.
-class Random {
+class Random : public SplitMix {
 public:
-    quint64 next()
-    {
-        quint64 z = (m_state += 0x9e3779b97f4a7c15ULL);
-        z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
-        z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
-        return z ^ (z >> 31);
-    }
-    int below(int bound) { return static_cast<int>(next() % static_cast<quint64>(bound)); }
-
-private:
-    quint64 m_state = 20260321;
+    Random() : SplitMix(20260321ULL) {}
 };
 
 QString word(Random &random)
