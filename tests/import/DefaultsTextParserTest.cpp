@@ -254,6 +254,15 @@ void DefaultsTextParserTest::corpusLines_data()
           u"defaults write com.apple.mail NSUserKeyEquivalents -dict-add \"Send\" \"@\\U21a9\""_s,
           u"com.apple.mail"_s, u"NSUserKeyEquivalents"_s,
           PropertyList(PropertyDictionary{{u"Send"_s, str(u"@\\U21a9"_s)}}));
+    entry("quoted domain, string keeps its quotes", u"defaults write \"com.apple.sharingd\" DiscoverableMode -string \"Everyone\""_s,
+          u"com.apple.sharingd"_s, u"DiscoverableMode"_s, str(u"\"Everyone\""_s));
+    entry("tilde path as the domain",
+          u"defaults write ~/Library/Preferences/org.gpgtools.gpgmail SignNewEmailsByDefault -bool false"_s,
+          u"~/Library/Preferences/org.gpgtools.gpgmail"_s, u"SignNewEmailsByDefault"_s, PropertyList::boolean(false));
+    entry("-array-add takes the trailing shell as items",
+          u"defaults write com.apple.dt.Xcode \"IDEAdditionalCounterpartSuffixes\" -array-add \"ViewModel\" \"View\" && killall Xcode"_s,
+          u"com.apple.dt.Xcode"_s, u"IDEAdditionalCounterpartSuffixes"_s,
+          PropertyList(PropertyArray{str(u"ViewModel"_s), str(u"View"_s), str(u"&&"_s), str(u"killall"_s), str(u"Xcode"_s)}));
     entry("string keeps quotes and escapes",
           u"defaults write com.apple.menuextra.clock \"DateFormat\" -string \"\\\"EEE h:mm:ss\\\"\""_s,
           u"com.apple.menuextra.clock"_s, u"DateFormat"_s, str(u"\"\\\"EEE h:mm:ss\\\"\""_s));
