@@ -157,11 +157,11 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         // parent's editability through the child's search reference into the
         // real subtree, and refresh every item of an array on each insertion.
         // Nobody observes a copy that is still being built.
-        static void append(PListNode &group, const PListNodePtr &child, const PListNodePtr &reference)
+        static void append(PListNode &group, PListNodePtr child, const PListNodePtr &reference)
         {
-            group.m_children.append(child);
             child->m_parent = &group;
             child->m_searchReference = reference.get();
+            group.m_children.append(std::move(child));
         }
 
         // The walk is bound by fetching nodes and their texts from all over the
@@ -184,53 +184,76 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
             return group(*child);
         }
 
-        // found(i, copy) for the children in [first, last) that match or hold a match.
-        void visitChildren(const PListNode &node, qsizetype first, qsizetype last,
-                           const std::function<void(qsizetype, PListNodePtr)> &found) const
+        // Asks for the children some places ahead of position i.
+        void fetchAhead(const PListNodePtr *children, qsizetype i, qsizetype last) const
         {
-            const PListNodePtr *children = node.m_children.constData();
-            for (qsizetype i = first; i < last; ++i) {
-                if (i + kNodesAhead < last)
-                    __builtin_prefetch(children[i + kNodesAhead].get());
-                if (i + kTextsAhead < last)
-                    fetchTexts(*children[i + kTextsAhead]);
-                if (PListNodePtr copy = visitChild(children[i]))
-                    found(i, std::move(copy));
-            }
+            if (i + kNodesAhead < last)
+                __builtin_prefetch(children[i + kNodesAhead].get());
+            if (i + kTextsAhead < last)
+                fetchTexts(*children[i + kTextsAhead]);
+        }
+
+        // The copies a walk has found and the children they stand for, on one
+        // stack per thread: a group collects its children's copies above its
+        // own mark, so its copy is made once and its list of children is
+        // allocated once, at its final size.
+        struct Hit {
+            PListNodePtr copy;
+            const PListNodePtr *child;
+        };
+
+        static std::vector<Hit> &hits()
+        {
+            thread_local std::vector<Hit> stack;
+            return stack;
+        }
+
+        PListNodePtr copyHolding(const PListNode &node, std::vector<Hit> &stack, size_t mark) const
+        {
+            PListNodePtr copy = emptyGroupLike(node);
+            copy->m_children.reserve(static_cast<qsizetype>(stack.size() - mark));
+            for (size_t h = mark; h < stack.size(); ++h)
+                append(*copy, std::move(stack[h].copy), *stack[h].child);
+            stack.resize(mark);
+            return copy;
         }
 
         PListNodePtr group(const PListNode &node) const
         {
-            PListNodePtr copy;
-            visitChildren(node, 0, node.m_children.size(), [&](qsizetype i, PListNodePtr found) {
-                if (!copy)
-                    copy = emptyGroupLike(node);
-                append(*copy, found, node.m_children.at(i));
-            });
-            return finish(node, std::move(copy));
+            std::vector<Hit> &stack = hits();
+            const size_t mark = stack.size();
+            const PListNodePtr *children = node.m_children.constData();
+            const qsizetype count = node.m_children.size();
+            for (qsizetype i = 0; i < count; ++i) {
+                fetchAhead(children, i, count);
+                if (PListNodePtr found = visitChild(children[i]))
+                    stack.push_back({std::move(found), children + i});
+            }
+            return finish(node, stack.size() > mark ? copyHolding(node, stack, mark) : nullptr);
         }
 
         // The node the search starts from: a large tree is searched in two
         // halves side by side, and the hits put together in order.
         PListNodePtr top(const PListNode &node) const
         {
+            const PListNodePtr *children = node.m_children.constData();
             const qsizetype count = node.m_children.size();
-            std::vector<PListNodePtr> hits(static_cast<size_t>(count));
+            std::vector<PListNodePtr> found(static_cast<size_t>(count));
             ParallelSplit::run(
-                count, [&](qsizetype i) { return 1 + node.m_children.at(i)->m_children.size(); },
+                count, [&](qsizetype i) { return 1 + children[i]->m_children.size(); },
                 [&](qsizetype first, qsizetype last) {
-                    visitChildren(node, first, last,
-                                  [&](qsizetype i, PListNodePtr found) { hits[static_cast<size_t>(i)] = std::move(found); });
+                    for (qsizetype i = first; i < last; ++i) {
+                        fetchAhead(children, i, last);
+                        found[static_cast<size_t>(i)] = visitChild(children[i]);
+                    }
                 });
-            PListNodePtr copy;
+            std::vector<Hit> &stack = hits();
+            const size_t mark = stack.size();
             for (qsizetype i = 0; i < count; ++i) {
-                if (!hits[static_cast<size_t>(i)])
-                    continue;
-                if (!copy)
-                    copy = emptyGroupLike(node);
-                append(*copy, hits[static_cast<size_t>(i)], node.m_children.at(i));
+                if (found[static_cast<size_t>(i)])
+                    stack.push_back({std::move(found[static_cast<size_t>(i)]), children + i});
             }
-            return finish(node, std::move(copy));
+            return finish(node, stack.size() > mark ? copyHolding(node, stack, mark) : nullptr);
         }
 
         // What a group gives when none of its children did.
