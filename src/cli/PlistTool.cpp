@@ -138,7 +138,11 @@ int PlistTool::convert(const QStringList &arguments)
         m_err << input << ": " << result.errorText() << '\n';
         return 1;
     }
-    const QByteArray bytes = codec->write(result.value.value);
+    const QByteArray bytes = PropertyListSerialization::write(result.value.value, codec->format);
+    if (bytes.isEmpty()) {
+        m_err << input << ": cannot be written: " << PropertyListSerialization::writeProblem(result.value.value) << '\n';
+        return 1;
+    }
     if (output == QLatin1String("-")) {
         m_out.flush();
         QFile standardOutput;

@@ -172,6 +172,8 @@ QString writeToFile(const PropertyList &value, const QString &path)
     if (!value.isContainer())
         return QStringLiteral("only a dictionary or an array can be written as a property-list file");
     const QByteArray bytes = PropertyListSerialization::write(value, PropertyListFormat::Xml);
+    if (bytes.isEmpty())
+        return PropertyListSerialization::writeProblem(value);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
         return file.errorString();

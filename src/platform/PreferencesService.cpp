@@ -269,7 +269,8 @@ bool PreferencesService::Private::writeLocked(PreferenceDomainFile &file, Domain
             content.format == PropertyListFormat::OpenStep ? PropertyListFormat::Xml : content.format;
         const QByteArray bytes = PropertyListSerialization::write(PropertyList(merged), format);
         if (bytes.isEmpty()) {
-            *reason = QStringLiteral("its content cannot be encoded");
+            const QString problem = PropertyListSerialization::writeProblem(PropertyList(merged));
+            *reason = problem.isEmpty() ? QStringLiteral("its content cannot be encoded") : problem;
             return false;
         }
         if (!file.replace(bytes, exists ? content.mode : defaultFileMode(state.user), &written, reason))

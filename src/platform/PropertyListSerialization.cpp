@@ -8,6 +8,8 @@
 
 #include <QFile>
 
+#include <algorithm>
+
 const QList<PropertyListCodec> &PropertyListSerialization::codecs()
 {
     // Binary first: its magic is unambiguous. XML's sniff only says "looks like
@@ -90,5 +92,58 @@ bool PropertyListSerialization::canWrite(PropertyListFormat format)
 QByteArray PropertyListSerialization::write(const PropertyList &value, PropertyListFormat format)
 {
     const PropertyListCodec *c = codec(format);
-    return c && c->write ? c->write(value) : QByteArray();
+    if (!c || !c->write || !writeProblem(value).isEmpty())
+        return QByteArray();
+    return c->write(value);
+}
+
+namespace {
+
+bool textHoldsLoneSurrogate(QStringView text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t unit = text[i].unicode();
+        if (!QChar::isSurrogate(unit))
+            continue;
+        if (!QChar::isHighSurrogate(unit) || i + 1 == text.size() || !QChar::isLowSurrogate(text[i + 1].unicode()))
+            return true;
+        ++i;
+    }
+    return false;
+}
+
+bool holdsLoneSurrogate(const PropertyList &value)
+{
+    switch (value.type()) {
+    case PropertyList::Type::String:
+        return textHoldsLoneSurrogate(value.stringRef());
+    case PropertyList::Type::Array:
+        return std::any_of(value.arrayRef().items().cbegin(), value.arrayRef().items().cend(),
+                           [](const PropertyList &item) { return holdsLoneSurrogate(item); });
+    case PropertyList::Type::Dictionary: {
+        const PropertyDictionary &entries = value.dictionaryRef();
+        for (qsizetype i = 0; i < entries.size(); ++i) {
+            if (textHoldsLoneSurrogate(entries.keyAt(i)) || holdsLoneSurrogate(entries.valueAt(i)))
+                return true;
+        }
+        return false;
+    }
+    case PropertyList::Type::Data:
+    case PropertyList::Type::Integer:
+    case PropertyList::Type::Real:
+    case PropertyList::Type::Boolean:
+    case PropertyList::Type::Date:
+    case PropertyList::Type::Uid:
+        return false;
+    }
+    return false;
+}
+
+} // namespace
+
+QString PropertyListSerialization::writeProblem(const PropertyList &value)
+{
+    if (holdsLoneSurrogate(value))
+        return QStringLiteral("it holds text with half of a UTF-16 surrogate pair, which no property-list file can carry");
+    return QString();
 }

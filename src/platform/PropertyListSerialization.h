@@ -44,7 +44,12 @@ public:
     static ReadResult<PropertyListFile> read(const QByteArray &bytes);
     static ReadResult<PropertyListFile> readFile(const QString &path);
 
-    // Empty when the format cannot be written.
     static bool canWrite(PropertyListFormat format);
+    // Empty when the format cannot be written, or when the value cannot be
+    // (writeProblem says why).
     static QByteArray write(const PropertyList &value, PropertyListFormat format);
+    // Why no file can carry the value, or empty when one can: a string or key
+    // holding half of a UTF-16 pair would come back altered from XML and be
+    // refused by a binary reader, so it is never written.
+    static QString writeProblem(const PropertyList &value);
 };

@@ -4,6 +4,7 @@
 
 #include "platform/BinaryPropertyListReader.h"
 #include "platform/BinaryPropertyListWriter.h"
+#include "platform/PropertyListSerialization.h"
 
 #include <QFileInfo>
 #include <QTest>
@@ -67,6 +68,8 @@ private slots:
     void writes();
     void corpusRoundTrip_data();
     void corpusRoundTrip();
+    void loneSurrogatesAreNotWritten_data();
+    void loneSurrogatesAreNotWritten();
 };
 
 // Broken files fail with the status, byte offset and object number given; good
@@ -211,6 +214,34 @@ void BinaryPropertyListTest::writes()
 // Every real file survives a round trip; preference files the platform itself
 // wrote (without the stray duplicate strings some of its versions leave) must
 // also come back byte for byte.
+// Our readers refuse half of a UTF-16 pair, so no writer may produce one: a
+// saved file must always read back.
+void BinaryPropertyListTest::loneSurrogatesAreNotWritten_data()
+{
+    using P = PropertyList;
+    QTest::addColumn<PropertyList>("value");
+    QTest::addColumn<bool>("writable");
+    const QString high(QChar(0xD800));
+    const QString low(QChar(0xDC00));
+    QTest::newRow("lone high in a string") << P(PropertyArray{P(u"a"_s + high)}) << false;
+    QTest::newRow("low before high in a key") << P(PropertyDictionary{{low + high, P::integer(1)}}) << false;
+    QTest::newRow("high at the end") << P(u"x"_s + high) << false;
+    QTest::newRow("a whole pair") << P(u"\U0001F600"_s) << true;
+}
+
+void BinaryPropertyListTest::loneSurrogatesAreNotWritten()
+{
+    QFETCH(PropertyList, value);
+    QFETCH(bool, writable);
+    QCOMPARE(PropertyListSerialization::writeProblem(value).isEmpty(), writable);
+    for (const PropertyListFormat format : {PropertyListFormat::Binary, PropertyListFormat::Xml}) {
+        const QByteArray bytes = PropertyListSerialization::write(value, format);
+        QCOMPARE(!bytes.isEmpty(), writable);
+        if (writable)
+            QVERIFY(PropertyListSerialization::read(bytes).value.value.isIdenticalTo(value));
+    }
+}
+
 void BinaryPropertyListTest::corpusRoundTrip_data()
 {
     QTest::addColumn<QString>("path");
