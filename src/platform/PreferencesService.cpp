@@ -174,6 +174,12 @@ struct PreferencesService::Private {
 
     DomainState &domain(const QString &path, const QString &name, PreferencesUser user, PreferencesHost host);
     DomainState &loaded(const QString &path, const QString &name, PreferencesUser user, PreferencesHost host);
+    // The same, found by the domain's name, as every copy and set asks for it.
+    DomainState &loadedDomain(const PreferencesService &service, const QString &domain, PreferencesUser user,
+                              PreferencesHost host)
+    {
+        return loaded(service.pathForDomain(domain, user, host), fileNameForDomain(domain), user, host);
+    }
     bool write(const QString &path, DomainState &state);
     bool writeLocked(PreferenceDomainFile &file, DomainState &state, QString *reason);
     void fail(const QString &path, const QString &reason);
@@ -376,7 +382,7 @@ std::optional<QStringList> PreferencesService::copyApplicationList(PreferencesUs
 std::optional<QStringList> PreferencesService::copyKeyList(const QString &domain, PreferencesUser user,
                                                            PreferencesHost host)
 {
-    const DomainState &state = d->loaded(pathForDomain(domain, user, host), fileNameForDomain(domain), user, host);
+    const DomainState &state = d->loadedDomain(*this, domain, user, host);
     if (state.values.isEmpty())
         return std::nullopt;
     return state.values.keys();
@@ -385,7 +391,7 @@ std::optional<QStringList> PreferencesService::copyKeyList(const QString &domain
 PropertyDictionary PreferencesService::copyMultiple(const QStringList &keys, const QString &domain,
                                                     PreferencesUser user, PreferencesHost host)
 {
-    const DomainState &state = d->loaded(pathForDomain(domain, user, host), fileNameForDomain(domain), user, host);
+    const DomainState &state = d->loadedDomain(*this, domain, user, host);
     // Asking for exactly the list copyKeyList handed out (the same shared list,
     // so every key is there, in order) is asking for the whole domain: answer
     // it without rebuilding a large dictionary key by key.
@@ -402,7 +408,7 @@ PropertyDictionary PreferencesService::copyMultiple(const QStringList &keys, con
 std::optional<PropertyDictionary> PreferencesService::copyDomain(const QString &domain, PreferencesUser user,
                                                                  PreferencesHost host)
 {
-    const DomainState &state = d->loaded(pathForDomain(domain, user, host), fileNameForDomain(domain), user, host);
+    const DomainState &state = d->loadedDomain(*this, domain, user, host);
     if (state.values.isEmpty())
         return std::nullopt;
     return state.values;
@@ -411,7 +417,7 @@ std::optional<PropertyDictionary> PreferencesService::copyDomain(const QString &
 std::optional<PropertyList> PreferencesService::copyValue(const QString &key, const QString &domain,
                                                           PreferencesUser user, PreferencesHost host)
 {
-    const DomainState &state = d->loaded(pathForDomain(domain, user, host), fileNameForDomain(domain), user, host);
+    const DomainState &state = d->loadedDomain(*this, domain, user, host);
     if (const PropertyList *value = state.values.find(key))
         return *value;
     return std::nullopt;
@@ -420,7 +426,7 @@ std::optional<PropertyList> PreferencesService::copyValue(const QString &key, co
 void PreferencesService::setMultiple(const PropertyDictionary &keysToSet, const QStringList &keysToRemove,
                                      const QString &domain, PreferencesUser user, PreferencesHost host)
 {
-    DomainState &state = d->loaded(pathForDomain(domain, user, host), fileNameForDomain(domain), user, host);
+    DomainState &state = d->loadedDomain(*this, domain, user, host);
     for (qsizetype i = 0; i < keysToSet.size(); ++i) {
         const QString &key = keysToSet.keyAt(i);
         const PropertyList &value = keysToSet.valueAt(i);
