@@ -15,8 +15,8 @@ constexpr QStringView kRootName = u"OVRoot";
 // starting with "!" also leaves out the leaves whose value matches the query
 // without that mark, even when their name would match.
 // How many children ahead the filter asks for nodes, and for their texts.
-constexpr qsizetype kNodesAhead = 8;
-constexpr qsizetype kTextsAhead = 4;
+constexpr qsizetype kNodesAhead = 16;
+constexpr qsizetype kTextsAhead = 8;
 
 struct FilterQuery {
     explicit FilterQuery(const QString &query)
@@ -24,6 +24,7 @@ struct FilterQuery {
         , negated(query.startsWith(u'!'))
         , unmarked(negated ? query.sliced(1) : QString())
         , numbersMayMatch(pattern.mayOccurInNumberText() || (negated && unmarked.mayOccurInNumberText()))
+        , emptyMatches(pattern.matches(QStringView()))
     {
     }
 
@@ -40,6 +41,8 @@ struct FilterQuery {
     bool negated;
     VXAdditions::SearchPattern unmarked;
     bool numbersMayMatch;
+    // Whether a text holding nothing matches: "!abc" does, "abc" does not.
+    bool emptyMatches;
 };
 
 } // namespace
@@ -107,6 +110,10 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         {
             const PListNode &real = *node.target();
             const bool readTexts = m_query.mayContain(real.signature()) || (real.m_nameIsDescription && !parentIsArray(node));
+            // Most leaves end here, their first bytes read and nothing else:
+            // texts that hold nothing looked for answer as empty ones do.
+            if (!readTexts && !m_query.emptyMatches)
+                return false;
             QStringView text;
             QString made;
             const bool searchable = readTexts ? valueText(real, &text, &made) : valueIsSearched(real);
