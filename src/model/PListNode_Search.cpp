@@ -128,11 +128,22 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
             return readTexts ? nameMatches(real) : m_query.pattern.matches(QStringView());
         }
 
-        bool groupNameMatches(const PListNode &real) const
+        // Whether a group with no hits inside is shown for its name. Array
+        // elements are not searched by name, and their names are made only
+        // when they could be.
+        bool groupShownByName(const PListNode &node) const
         {
-            if (real.m_nameIsDescription || m_query.mayContain(real.signature()))
-                return nameMatches(real);
-            return m_query.pattern.matches(QStringView());
+            const PListNode &real = *node.target();
+            if (!real.m_nameIsDescription && !m_query.mayContain(real.signature()))
+                return m_query.emptyMatches && !parentIsArray(node);
+            return !parentIsArray(node) && nameMatches(real);
+        }
+
+        static bool isDocumentRoot(const PListNode &real)
+        {
+            static const quint64 rootSignature = VXAdditions::TextSignature::of(kRootName);
+            return !real.m_nameIsDescription && (real.signature() & rootSignature) == rootSignature
+                && real.m_name == kRootName;
         }
 
         static bool valueIsSearched(const PListNode &real)
@@ -176,6 +187,9 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         // node first, and its texts once the node itself has arrived.
         void fetchTexts(const PListNode &node) const
         {
+            // A group's list of children lies past its first cache line.
+            if (!node.m_isLeaf)
+                __builtin_prefetch(&node.m_children);
             if (!m_query.mayContain(node.signature()))
                 return;
             __builtin_prefetch(node.m_name.constData());
@@ -268,12 +282,11 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         {
             if (copy)
                 return copy;
-            const PListNode &real = *node.target();
             // A group whose own name matches is shown, without its contents.
-            if (!parentIsArray(node) && groupNameMatches(real))
+            if (groupShownByName(node))
                 return emptyGroupLike(node);
             // The outline always needs a root, even when nothing matched.
-            if (!real.m_nameIsDescription && real.m_name == kRootName)
+            if (isDocumentRoot(*node.target()))
                 return initFromDictionary(PropertyDictionary(), QStringLiteral("Search Root"));
             return nullptr;
         }
