@@ -176,9 +176,9 @@ void PListNode::fillWhileBuilding(qsizetype count, const std::function<const Pro
 {
     // Each child is made into its own slot, so the two halves of a large
     // dictionary can be made side by side.
-    m_children.reserve(count); // exactly count: resize alone leaves room to grow
-    m_children.resize(count);
+    m_children.resizeWithEmptyPlaces(count);
     PListNodePtr *made = m_children.data();
+    quint64 *marks = m_children.marks();
     const auto weightOf = [&](qsizetype i) -> qint64 {
         const PropertyList &value = valueAt(i);
         if (value.isDictionary())
@@ -189,6 +189,7 @@ void PListNode::fillWhileBuilding(qsizetype count, const std::function<const Pro
         for (qsizetype i = first; i < last; ++i) {
             made[i] = make(i);
             made[i]->m_parent = this;
+            marks[i] = made[i]->filterMark();
         }
     });
 }
@@ -250,7 +251,7 @@ bool PListNode::insertChild(const PListNodePtr &child, int index)
         qCCritical(lcModel, "insertChild: index %d beyond bounds [0 .. %d]", index, numberOfChildren());
         return false;
     }
-    m_children.insert(index, child);
+    m_children.insert(index, child, child->filterMark());
     child->setNodeParent(this);
     if (isArray() && !m_arrayInit)
         refreshArrayItems();
@@ -262,7 +263,7 @@ void PListNode::insertChildren(const QList<PListNodePtr> &children, int index)
 {
     index = std::clamp(index, 0, numberOfChildren());
     for (const PListNodePtr &child : children) {
-        m_children.insert(index++, child);
+        m_children.insert(index++, child, child->filterMark());
         child->setNodeParent(this);
     }
     if (isArray() && !m_arrayInit)
@@ -387,6 +388,27 @@ PListNodePtr PListNode::emptyGroup(bool array)
 }
 
 void PListNode::refreshSignature()
+{
+    refreshOwnSignature();
+    if (m_parent)
+        m_parent->m_children.setMarkOf(this, filterMark());
+}
+
+quint64 PListNode::filterMark() const
+{
+    if (!m_isLeaf || m_searchReference)
+        return ~quint64(0);
+    return signature() | (m_nameIsDescription ? kNameUnread : 0);
+}
+
+void PListNode::setSearchReference(PListNode *reference)
+{
+    m_searchReference = reference;
+    if (m_parent)
+        m_parent->m_children.setMarkOf(this, filterMark());
+}
+
+void PListNode::refreshOwnSignature()
 {
     // A name still to be made from the value is left out: array elements are
     // not searched by name, and the filter reads such a name whenever it must.

@@ -3,6 +3,8 @@
 #include "platform/PropertyList.h"
 #include "platform/SequentialArchive.h"
 
+#include "ChildList.h"
+
 #include <QList>
 #include <QString>
 
@@ -94,7 +96,7 @@ public:
     // nullptr for kNotFound (the platform's NSNotFound) and for indexes past the end.
     PListNodePtr childAtIndex(int index) const;
     int numberOfChildren() const { return static_cast<int>(m_children.size()); }
-    const QList<PListNodePtr> &children() const { return m_children; }
+    const ChildList &children() const { return m_children; }
     // nullptr (and a logged programming error) when there are no children.
     PListNodePtr firstChild() const;
     PListNodePtr lastChild() const;
@@ -133,7 +135,7 @@ public:
     PListNode *nodeParent() const { return m_parent; }
     void setNodeParent(PListNode *parent);
     PListNode *searchReference() const { return m_searchReference; }
-    void setSearchReference(PListNode *reference) { m_searchReference = reference; }
+    void setSearchReference(PListNode *reference);
 
     // ---- equality, copies, archive, debug text (node tree) ----
     bool isEqualToNode(const PListNode &other) const;
@@ -217,7 +219,15 @@ private:
     // Which characters the name (unless it is still to be made from the value)
     // and the searched value text hold; made again whenever either changes.
     quint64 signature() const { return quint64(m_signatureHigh) << 16 | m_signatureLow; }
+    // Makes the signature again, and this node's mark in its parent's list.
     void refreshSignature();
+    void refreshOwnSignature();
+    // What the filter may find in this node, kept in its parent's list of
+    // children: a leaf's signature, with kNameUnread when its name is still to
+    // be made; every bit for a group, which is always entered, and for a search
+    // copy, whose texts are its real node's.
+    static constexpr quint64 kNameUnread = quint64(1) << 63;
+    quint64 filterMark() const;
 
     // The fields the search reads on every node come first, so a walk over a
     // large tree touches as few cache lines as possible. The flags share one
@@ -246,11 +256,11 @@ private:
     PropertyList m_objectValue;
     PListNode *m_parent = nullptr;
     QString m_name;
-    QList<PListNodePtr> m_children;
+    ChildList m_children;
 
     friend class PListNodeAccess;
 };
 
-// With the shared pointer's control block in front, a node takes one 128-byte
-// heap chunk; a child's place in its parent's list takes 16 more.
-static_assert(sizeof(PListNode) <= 104, "a node's budget is 160 bytes besides its text, control block included");
+// With the shared pointer's control block in front, a node takes one 112-byte
+// heap chunk; a child's place in its parent's list takes 24 more.
+static_assert(sizeof(PListNode) <= 88, "a node's budget is 160 bytes besides its text, control block included");

@@ -4,6 +4,7 @@
 #include "ParallelSplit.h"
 #include "VXAdditions.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -11,13 +12,13 @@ namespace {
 // The name of every document's root, which always answers a filtered tree.
 constexpr QStringView kRootName = u"OVRoot";
 
+// How many visited children ahead the filter asks for nodes, and for their texts.
+constexpr size_t kNodesAhead = 16;
+constexpr size_t kTextsAhead = 8;
+
 // The query as the filter uses it: read once, not once per node. A query
 // starting with "!" also leaves out the leaves whose value matches the query
 // without that mark, even when their name would match.
-// How many children ahead the filter asks for nodes, and for their texts.
-constexpr qsizetype kNodesAhead = 16;
-constexpr qsizetype kTextsAhead = 8;
-
 struct FilterQuery {
     explicit FilterQuery(const QString &query)
         : pattern(query)
@@ -179,7 +180,8 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         {
             child->m_parent = &group;
             child->m_searchReference = reference.get();
-            group.m_children.append(std::move(child));
+            const quint64 mark = child->filterMark();
+            group.m_children.append(std::move(child), mark);
         }
 
         // The walk is bound by fetching nodes and their texts from all over the
@@ -187,9 +189,14 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         // node first, and its texts once the node itself has arrived.
         void fetchTexts(const PListNode &node) const
         {
-            // A group's list of children lies past its first cache line.
-            if (!node.m_isLeaf)
-                __builtin_prefetch(&node.m_children);
+            // A group's list of children starts with their marks.
+            if (!node.m_isLeaf) {
+                if (const char *storage = static_cast<const char *>(node.m_children.storage())) {
+                    __builtin_prefetch(storage);
+                    __builtin_prefetch(storage + 64);
+                }
+                return;
+            }
             if (!m_query.mayContain(node.signature()))
                 return;
             __builtin_prefetch(node.m_name.constData());
@@ -205,13 +212,40 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
             return group(*child);
         }
 
-        // Asks for the children some places ahead of position i.
-        void fetchAhead(const PListNodePtr *children, qsizetype i, qsizetype last) const
+        // Whether a child must be looked at, told from its mark in the list
+        // alone: most leaves of a large tree are passed over without being
+        // fetched at all. An array element's name is not searched, so only
+        // elsewhere must a name still to be made be read.
+        bool mustVisit(quint64 mark, bool inArray) const
         {
-            if (i + kNodesAhead < last)
-                __builtin_prefetch(children[i + kNodesAhead].get());
-            if (i + kTextsAhead < last)
-                fetchTexts(*children[i + kTextsAhead]);
+            if (m_query.emptyMatches || ((mark & kNameUnread) && !inArray))
+                return true;
+            return m_query.mayContain(mark);
+        }
+
+        // The children of one group as the walk reads them.
+        struct Places {
+            explicit Places(const PListNode &group)
+                : children(group.m_children.constData())
+                , marks(group.m_children.marks())
+                , count(group.m_children.size())
+                , inArray(group.isArray())
+            {
+            }
+            const PListNodePtr *children;
+            const quint64 *marks;
+            qsizetype count;
+            bool inArray;
+        };
+
+        // Asks for child i, which is to be visited: a group (all of whose
+        // mark is set) up to its list of children, a leaf its first bytes.
+        static void fetchNode(const Places &places, qsizetype i)
+        {
+            const PListNode *node = places.children[i].get();
+            __builtin_prefetch(node);
+            if (places.marks[i] == ~quint64(0))
+                __builtin_prefetch(&node->m_children);
         }
 
         // The copies a walk has found and the children they stand for, on one
@@ -229,6 +263,40 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
             return stack;
         }
 
+        // The places of one group's children that must be visited, on one
+        // stack per thread so that no walk allocates per group. Fetching
+        // ahead counts in these places: the ones passed over cost nothing.
+        static std::vector<qsizetype> &placesToVisit()
+        {
+            thread_local std::vector<qsizetype> stack;
+            return stack;
+        }
+
+        // Pushes the copy of each child in [first, last) with a hit onto this
+        // thread's stack of hits.
+        void walk(const Places &places, qsizetype first, qsizetype last) const
+        {
+            std::vector<qsizetype> &visits = placesToVisit();
+            const size_t base = visits.size();
+            for (qsizetype i = first; i < last; ++i) {
+                if (mustVisit(places.marks[i], places.inArray))
+                    visits.push_back(i);
+            }
+            const size_t end = visits.size();
+            for (size_t k = base; k < std::min(base + kNodesAhead, end); ++k)
+                fetchNode(places, visits[k]);
+            for (size_t k = base; k < end; ++k) {
+                if (k + kNodesAhead < end)
+                    fetchNode(places, visits[k + kNodesAhead]);
+                if (k + kTextsAhead < end)
+                    fetchTexts(*places.children[visits[k + kTextsAhead]]);
+                const qsizetype i = visits[k];
+                if (PListNodePtr copy = visitChild(places.children[i]))
+                    hits().push_back({std::move(copy), places.children + i});
+            }
+            visits.resize(base);
+        }
+
         PListNodePtr copyHolding(const PListNode &node, std::vector<Hit> &stack, size_t mark) const
         {
             PListNodePtr copy = emptyGroupLike(node);
@@ -243,13 +311,8 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         {
             std::vector<Hit> &stack = hits();
             const size_t mark = stack.size();
-            const PListNodePtr *children = node.m_children.constData();
-            const qsizetype count = node.m_children.size();
-            for (qsizetype i = 0; i < count; ++i) {
-                fetchAhead(children, i, count);
-                if (PListNodePtr found = visitChild(children[i]))
-                    stack.push_back({std::move(found), children + i});
-            }
+            const Places places(node);
+            walk(places, 0, places.count);
             return finish(node, stack.size() > mark ? copyHolding(node, stack, mark) : nullptr);
         }
 
@@ -257,16 +320,19 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         // halves side by side, and the hits put together in order.
         PListNodePtr top(const PListNode &node) const
         {
-            const PListNodePtr *children = node.m_children.constData();
-            const qsizetype count = node.m_children.size();
+            const Places places(node);
+            const PListNodePtr *children = places.children;
+            const qsizetype count = places.count;
             std::vector<PListNodePtr> found(static_cast<size_t>(count));
             ParallelSplit::run(
                 count, [&](qsizetype i) { return 1 + children[i]->m_children.size(); },
                 [&](qsizetype first, qsizetype last) {
-                    for (qsizetype i = first; i < last; ++i) {
-                        fetchAhead(children, i, last);
-                        found[static_cast<size_t>(i)] = visitChild(children[i]);
-                    }
+                    std::vector<Hit> &halfHits = hits();
+                    const size_t base = halfHits.size();
+                    walk(places, first, last);
+                    for (size_t h = base; h < halfHits.size(); ++h)
+                        found[static_cast<size_t>(halfHits[h].child - children)] = std::move(halfHits[h].copy);
+                    halfHits.resize(base);
                 });
             std::vector<Hit> &stack = hits();
             const size_t mark = stack.size();

@@ -224,6 +224,7 @@ void PListNode::sortChildren()
     thread_local std::vector<QStringView> names;
     thread_local std::vector<SortEntry> entries;
     thread_local std::vector<PListNodePtr> sorted;
+    thread_local std::vector<quint64> marks;
     // Names an array element took from its value, made once per sort.
     thread_local std::vector<QString> madeNames;
     const qsizetype count = m_children.size();
@@ -233,6 +234,7 @@ void PListNode::sortChildren()
             names = {};
             entries = {};
             sorted = {};
+            marks = {};
             madeNames = {};
         }
     });
@@ -276,9 +278,15 @@ void PListNode::sortChildren()
         return a.position < b.position;
     });
     sorted.clear();
-    for (const SortEntry &entry : entries)
-        sorted.push_back(std::move(m_children[entry.position]));
-    std::move(sorted.begin(), sorted.end(), m_children.begin());
+    marks.clear();
+    PListNodePtr *places = m_children.data();
+    quint64 *placeMarks = m_children.marks();
+    for (const SortEntry &entry : entries) {
+        sorted.push_back(std::move(places[entry.position]));
+        marks.push_back(placeMarks[entry.position]);
+    }
+    std::move(sorted.begin(), sorted.end(), places);
+    std::copy(marks.begin(), marks.end(), placeMarks);
     sorted.clear();
 }
 
@@ -308,9 +316,21 @@ void PListNode::fixupNames()
     const QString item = QCoreApplication::translate("PListNode", "Item");
     // Each child's position is found by identity, so a node that sits in the
     // array twice is named after its first place; walking backwards gives it
-    // that name last without a search per child.
-    for (qsizetype i = m_children.size() - 1; i >= 0; --i)
-        m_children.at(i)->setName(QStringLiteral("%1 %2").arg(item).arg(i + 1));
+    // that name last without a search per child. The children's marks are
+    // made once at the end rather than looked up in this list per rename.
+    for (qsizetype i = m_children.size() - 1; i >= 0; --i) {
+        PListNode &child = *m_children.at(i);
+        if (child.m_searchReference || child.m_parent != this) {
+            child.setName(QStringLiteral("%1 %2").arg(item).arg(i + 1));
+            continue;
+        }
+        child.forgetNameFromValue();
+        child.m_name = QStringLiteral("%1 %2").arg(item).arg(i + 1);
+        child.refreshOwnSignature();
+        child.notify(NodeRefresh::Name);
+    }
+    for (qsizetype i = 0; i < m_children.size(); ++i)
+        m_children.setMarkAt(i, m_children.at(i)->filterMark());
 }
 
 // ---- ancestry -----------------------------------------------------------------
@@ -426,7 +446,8 @@ PListNodePtr PListNode::initWithCoder(const ArchivedNode &archived)
         // Every decoded node is not editable already, which is all that
         // setNodeParent would pass down; linking directly keeps this linear.
         child->m_parent = node.get();
-        node->m_children.append(std::move(child));
+        const quint64 mark = child->filterMark();
+        node->m_children.append(std::move(child), mark);
     }
     node->m_name = archived.name;
     node->m_isLeaf = archived.isLeaf;

@@ -160,6 +160,11 @@ private slots:
         QTest::newRow("element moved out of its array") << 3 << u"w = v"_s << QStringList{moved};
         QTest::newRow("copy inserted") << 4 << u"plain"_s << QStringList{u"k"_s, u"k"_s};
         QTest::newRow("archived and put back") << 5 << u"plain"_s << QStringList{u"k"_s, u"k"_s};
+        // Sorting moves "list" before "n": what the filter knows must move along.
+        QTest::newRow("sorted") << 6 << u"v"_s << QStringList{u"list"_s};
+        QTest::newRow("given a search reference") << 7 << u"plain"_s << QStringList{u"other"_s, u"k"_s};
+        QTest::newRow("several inserted at once") << 8 << u"beta"_s << QStringList{u"b"_s};
+        QTest::newRow("one removed before it") << 9 << u"yes"_s << QStringList{u"n"_s};
     }
 
     void editsAreFound()
@@ -199,6 +204,23 @@ private slots:
             root->insertChild(PListNode::initWithCoder(read.value), 0);
             break;
         }
+        case 6:
+            root->recursiveSortChildren();
+            break;
+        case 7: {
+            const PListNodePtr other = PListNode::initWithName(u"other"_s, PropertyList(u"x"_s));
+            root->insertChild(other, 0);
+            other->setSearchReference(leaf.get());
+            break;
+        }
+        case 8:
+            root->insertChildren({PListNode::initWithName(u"a"_s, PropertyList(u"alpha"_s)),
+                                  PListNode::initWithName(u"b"_s, PropertyList(u"beta"_s))},
+                                 1);
+            break;
+        case 9:
+            root->removeChild(leaf);
+            break;
         }
         QStringList names;
         const PListNodePtr copy = root->queryWithString(query);

@@ -46,7 +46,7 @@ PListNodePtr throughArchive(const PListNode &node)
 // Every dictionary's keys in order and every node's parent link right.
 bool sortedAndLinked(const PListNode &node)
 {
-    const QList<PListNodePtr> &children = node.children();
+    const ChildList &children = node.children();
     for (qsizetype i = 0; i < children.size(); ++i) {
         if (children.at(i)->nodeParent() != &node || !sortedAndLinked(*children.at(i)))
             return false;

@@ -1,0 +1,102 @@
+#include "ChildList.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+ChildList &ChildList::operator=(ChildList &&other) noexcept
+{
+    if (this != &other) {
+        clear();
+        m_block = std::exchange(other.m_block, nullptr);
+    }
+    return *this;
+}
+
+void ChildList::reserve(qsizetype capacity)
+{
+    if (capacity > (m_block ? m_block->capacity : 0))
+        grow(capacity);
+}
+
+void ChildList::grow(qsizetype capacity)
+{
+    const qsizetype count = size();
+    const size_t bytes = sizeof(Block) + static_cast<size_t>(capacity) * (sizeof(Pointer) + sizeof(quint64));
+    auto *block = static_cast<Block *>(::operator new(bytes));
+    block->size = count;
+    block->capacity = capacity;
+    if (m_block) {
+        std::uninitialized_move(itemsOf(m_block), itemsOf(m_block) + count, itemsOf(block));
+        std::memcpy(marksOf(block), marksOf(m_block), static_cast<size_t>(count) * sizeof(quint64));
+        std::destroy(itemsOf(m_block), itemsOf(m_block) + count);
+        ::operator delete(m_block);
+    }
+    m_block = block;
+}
+
+void ChildList::insert(qsizetype i, Pointer child, quint64 mark)
+{
+    const qsizetype count = size();
+    Q_ASSERT(i >= 0 && i <= count);
+    if (!m_block || count == m_block->capacity)
+        grow(std::max<qsizetype>(4, count * 2));
+    Pointer *items = itemsOf(m_block);
+    quint64 *marks = marksOf(m_block);
+    if (i == count) {
+        new (items + count) Pointer(std::move(child));
+    } else {
+        new (items + count) Pointer(std::move(items[count - 1]));
+        std::move_backward(items + i, items + count - 1, items + count);
+        items[i] = std::move(child);
+        std::memmove(marks + i + 1, marks + i, static_cast<size_t>(count - i) * sizeof(quint64));
+    }
+    marks[i] = mark;
+    ++m_block->size;
+}
+
+void ChildList::removeAt(qsizetype i)
+{
+    const qsizetype count = size();
+    Q_ASSERT(i >= 0 && i < count);
+    Pointer *items = itemsOf(m_block);
+    quint64 *marks = marksOf(m_block);
+    std::move(items + i + 1, items + count, items + i);
+    std::destroy_at(items + count - 1);
+    std::memmove(marks + i, marks + i + 1, static_cast<size_t>(count - i - 1) * sizeof(quint64));
+    --m_block->size;
+}
+
+void ChildList::clear()
+{
+    if (!m_block)
+        return;
+    // Detached first: releasing a child may reach back into this list.
+    Block *block = std::exchange(m_block, nullptr);
+    std::destroy(itemsOf(block), itemsOf(block) + block->size);
+    ::operator delete(block);
+}
+
+void ChildList::setMarkOf(const PListNode *child, quint64 mark)
+{
+    if (!m_block)
+        return;
+    const qsizetype count = size();
+    const Pointer *items = itemsOf(m_block);
+    for (qsizetype i = 0; i < count; ++i) {
+        if (items[i].get() == child)
+            marksOf(m_block)[i] = mark;
+    }
+}
+
+void ChildList::resizeWithEmptyPlaces(qsizetype count)
+{
+    Q_ASSERT(count >= size());
+    reserve(count);
+    if (!m_block)
+        return;
+    std::uninitialized_value_construct(itemsOf(m_block) + m_block->size, itemsOf(m_block) + count);
+    std::fill(marksOf(m_block) + m_block->size, marksOf(m_block) + count, ~quint64(0));
+    m_block->size = count;
+}
