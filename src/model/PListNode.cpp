@@ -370,17 +370,6 @@ void PListNode::keepNameFromValue()
     refreshSignature();
 }
 
-void PListNode::takeNameOf(const PListNode &other)
-{
-    m_name = other.m_name;
-    m_nameIsDescription = other.m_nameIsDescription;
-    if (m_nameIsDescription && !m_isLeaf)
-        m_objectValue = other.m_objectValue;
-    // Same name, and the same value or none searched: the same characters.
-    m_signatureLow = other.m_signatureLow;
-    m_signatureHigh = other.m_signatureHigh;
-}
-
 PListNodePtr PListNode::emptyGroup(bool array)
 {
     return array ? makeGroup(QString(), emptyArrayMarker(), ArrayClass)

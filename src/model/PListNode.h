@@ -210,9 +210,6 @@ private:
     void keepNameFromValue();
     // Clears it when the name is about to be replaced anyway.
     void forgetNameFromValue();
-    // The name other has, kept the way other keeps it, for a copy of other
-    // that holds other's value (or is a group, as other is).
-    void takeNameOf(const PListNode &other);
     static PListNodePtr emptyGroup(bool array);
     // A leaf of that value, nameless, whose signature the caller sets.
     static PListNodePtr leafWithoutSignature(const PropertyList &value);

@@ -152,14 +152,13 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
             return real.m_objectValue.isString() || real.m_objectValue.isNumber();
         }
 
-        // A fresh leaf as initWithName makes it from the leaf's name and value.
-        // The copies take their names as the real nodes keep them, so an
-        // element's name is not made for a copy either.
+        // A fresh leaf of the leaf's value. A copy answers with its real node's
+        // name (through its search reference), so it holds none of its own:
+        // copying the name would fetch, and dropping the copy on the next
+        // keystroke fetch again, the name's text for every node shown.
         static PListNodePtr leafCopy(const PListNode &node)
         {
-            const PListNode &real = *node.target();
-            PListNodePtr copy = leafWithoutSignature(real.m_objectValue);
-            copy->takeNameOf(real);
+            PListNodePtr copy = leafWithoutSignature(node.target()->m_objectValue);
             copy->m_searchReference = const_cast<PListNode *>(&node);
             return copy;
         }
@@ -167,7 +166,6 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         static PListNodePtr emptyGroupLike(const PListNode &node)
         {
             PListNodePtr copy = emptyGroup(node.isArray());
-            copy->takeNameOf(*node.target());
             copy->m_searchReference = const_cast<PListNode *>(&node);
             return copy;
         }

@@ -427,7 +427,7 @@ ArchivedNode PListNode::encodeWithCoder() const
     archived.children.reserve(m_children.size());
     for (const PListNodePtr &child : m_children)
         archived.children.append(child->encodeWithCoder());
-    archived.name = ownName();
+    archived.name = name();
     archived.isLeaf = m_isLeaf;
     archived.menuValue = PropertyList::integer(m_menuValue, 'i');
     archived.objectValue = m_isLeaf ? m_objectValue : groupValue();

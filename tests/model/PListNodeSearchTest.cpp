@@ -229,6 +229,24 @@ private slots:
         QCOMPARE(names, found);
     }
 
+    // A filtered entry is its real entry under another parent: renaming the
+    // real one renames what the filtered view shows, drags and copies.
+    void copyAnswersWithTheRealName()
+    {
+        const PListNodePtr root = treeFrom(u"{k = plain; g = {inner = plain;}; list = (plain);}"_s);
+        const PListNodePtr copy = root->queryWithString(u"plain"_s);
+        QCOMPARE(TreePicture::of(*copy), u">{k = >plain; g = >{inner = >plain;}; list = >(>plain);}"_s);
+        root->childWithName(u"k"_s)->setName(u"renamed"_s);
+        root->childWithName(u"g"_s)->setName(u"group"_s);
+        const PListNodePtr leaf = copy->childAtIndex(0);
+        QCOMPARE(leaf->name(), u"renamed"_s);
+        QCOMPARE(leaf->encodeWithCoder().name, u"renamed"_s);
+        QCOMPARE(leaf->copy()->name(), u"renamed"_s);
+        QCOMPARE(copy->childAtIndex(1)->name(), u"group"_s);
+        QCOMPARE(copy->childAtIndex(1)->encodeWithCoder().name, u"group"_s);
+        QCOMPARE(copy->childAtIndex(2)->childAtIndex(0)->displayName(), u"Item 1"_s);
+    }
+
     void queryOnLeaf()
     {
         const PListNodePtr dictionary = PListNode::initFromDictionary(PropertyDictionary(), u"d"_s);
