@@ -90,6 +90,30 @@ void ChildList::setMarkOf(const PListNode *child, quint64 mark)
     }
 }
 
+bool ChildList::addToMarkOf(const PListNode *child, quint64 bits)
+{
+    if (!m_block)
+        return false;
+    bool grew = false;
+    const Pointer *items = itemsOf(m_block);
+    quint64 *marks = marksOf(m_block);
+    for (qsizetype i = 0; i < m_block->size; ++i) {
+        if (items[i].get() == child && (marks[i] | bits) != marks[i]) {
+            marks[i] |= bits;
+            grew = true;
+        }
+    }
+    return grew;
+}
+
+quint64 ChildList::unitedMarks() const
+{
+    quint64 united = 0;
+    for (qsizetype i = 0; i < size(); ++i)
+        united |= marksOf(m_block)[i];
+    return united;
+}
+
 void ChildList::resizeWithEmptyPlaces(qsizetype count)
 {
     Q_ASSERT(count >= size());

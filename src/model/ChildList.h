@@ -43,6 +43,10 @@ public:
 
     // Gives every place that holds child this mark (a node may sit in a list twice).
     void setMarkOf(const PListNode *child, quint64 mark);
+    // Adds bits to the marks of child's places; whether any mark grew.
+    bool addToMarkOf(const PListNode *child, quint64 bits);
+    // All marks together.
+    quint64 unitedMarks() const;
     void setMarkAt(qsizetype i, quint64 mark) { marksOf(m_block)[i] = mark; }
 
     // For filling or reordering many places at once; the caller sets their marks.

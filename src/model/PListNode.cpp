@@ -251,8 +251,10 @@ bool PListNode::insertChild(const PListNodePtr &child, int index)
         qCCritical(lcModel, "insertChild: index %d beyond bounds [0 .. %d]", index, numberOfChildren());
         return false;
     }
-    m_children.insert(index, child, child->filterMark());
+    const quint64 mark = child->filterMark();
+    m_children.insert(index, child, mark);
     child->setNodeParent(this);
+    takeInChildMark(mark);
     if (isArray() && !m_arrayInit)
         refreshArrayItems();
     notify(NodeRefresh::Count);
@@ -263,8 +265,10 @@ void PListNode::insertChildren(const QList<PListNodePtr> &children, int index)
 {
     index = std::clamp(index, 0, numberOfChildren());
     for (const PListNodePtr &child : children) {
-        m_children.insert(index++, child, child->filterMark());
+        const quint64 mark = child->filterMark();
+        m_children.insert(index++, child, mark);
         child->setNodeParent(this);
+        takeInChildMark(mark);
     }
     if (isArray() && !m_arrayInit)
         refreshArrayItems();
@@ -379,22 +383,48 @@ PListNodePtr PListNode::emptyGroup(bool array)
 void PListNode::refreshSignature()
 {
     refreshOwnSignature();
-    if (m_parent)
-        m_parent->m_children.setMarkOf(this, filterMark());
+    refreshMarkInParent();
+}
+
+void PListNode::refreshMarkInParent()
+{
+    if (!m_parent)
+        return;
+    const quint64 mark = filterMark();
+    m_parent->m_children.setMarkOf(this, mark);
+    m_parent->takeInChildMark(mark);
 }
 
 quint64 PListNode::filterMark() const
 {
-    if (!m_isLeaf || m_searchReference)
+    if (m_searchReference)
         return ~quint64(0);
-    return signature() | (m_nameIsDescription ? kNameUnread : 0);
+    const quint64 own = signature() | (m_nameIsDescription ? kNameUnread : 0);
+    return m_isLeaf ? own : own | kGroup | markFromChild(m_children.unitedMarks());
+}
+
+quint64 PListNode::markFromChild(quint64 childMark) const
+{
+    // A child's own name still to be made is searched only outside an array.
+    const quint64 unread = (childMark & kNameUnread) && !isArray() ? kNameUnreadBelow : 0;
+    return (childMark & ~kNameUnread) | unread;
+}
+
+void PListNode::takeInChildMark(quint64 childMark)
+{
+    // What this group gains, its own groups gain too; the walk up ends where
+    // a mark already held it all.
+    const quint64 added = markFromChild(childMark);
+    for (PListNode *node = this; node->m_parent; node = node->m_parent) {
+        if (!node->m_parent->m_children.addToMarkOf(node, added))
+            return;
+    }
 }
 
 void PListNode::setSearchReference(PListNode *reference)
 {
     m_searchReference = reference;
-    if (m_parent)
-        m_parent->m_children.setMarkOf(this, filterMark());
+    refreshMarkInParent();
 }
 
 void PListNode::refreshOwnSignature()

@@ -219,12 +219,22 @@ private:
     // Makes the signature again, and this node's mark in its parent's list.
     void refreshSignature();
     void refreshOwnSignature();
-    // What the filter may find in this node, kept in its parent's list of
-    // children: a leaf's signature, with kNameUnread when its name is still to
-    // be made; every bit for a group, which is always entered, and for a search
-    // copy, whose texts are its real node's.
+    void refreshMarkInParent();
+    // What the filter may find in this node and below it, kept in its
+    // parent's list of children: the signatures of its texts and of all its
+    // descendants' texts together, kNameUnread when its own name is still to
+    // be made, kNameUnreadBelow when a name below it is still to be made and
+    // would be searched, kGroup for a group; every bit for a search copy, whose
+    // texts are its real node's. A group's mark may hold more than is left
+    // below it (removals do not take bits away), which only costs a visit.
     static constexpr quint64 kNameUnread = quint64(1) << 63;
+    static constexpr quint64 kNameUnreadBelow = quint64(1) << 62;
+    static constexpr quint64 kGroup = quint64(1) << 61;
     quint64 filterMark() const;
+    // What a child's mark adds to this group's mark.
+    quint64 markFromChild(quint64 childMark) const;
+    // The groups above this one take in what a child's new mark adds.
+    void takeInChildMark(quint64 childMark);
 
     // The fields the search reads on every node come first, so a walk over a
     // large tree touches as few cache lines as possible. The flags share one

@@ -211,12 +211,13 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         }
 
         // Whether a child must be looked at, told from its mark in the list
-        // alone: most leaves of a large tree are passed over without being
-        // fetched at all. An array element's name is not searched, so only
-        // elsewhere must a name still to be made be read.
+        // alone: most leaves, and groups holding nothing that could match, are
+        // passed over without being fetched at all. An array element's name
+        // is not searched, so only elsewhere must a name still to be made be
+        // read.
         bool mustVisit(quint64 mark, bool inArray) const
         {
-            if (m_query.emptyMatches || ((mark & kNameUnread) && !inArray))
+            if (m_query.emptyMatches || (mark & kNameUnreadBelow) || ((mark & kNameUnread) && !inArray))
                 return true;
             return m_query.mayContain(mark);
         }
@@ -242,7 +243,7 @@ PListNodePtr PListNode::queryWithString(const QString &query) const
         {
             const PListNode *node = places.children[i].get();
             __builtin_prefetch(node);
-            if (places.marks[i] == ~quint64(0))
+            if (places.marks[i] & kGroup)
                 __builtin_prefetch(&node->m_children);
         }
 

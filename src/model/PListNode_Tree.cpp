@@ -331,6 +331,7 @@ void PListNode::fixupNames()
     }
     for (qsizetype i = 0; i < m_children.size(); ++i)
         m_children.setMarkAt(i, m_children.at(i)->filterMark());
+    refreshMarkInParent();
 }
 
 // ---- ancestry -----------------------------------------------------------------

@@ -8,6 +8,7 @@
 #include "platform/PropertyListSerialization.h"
 #include "platform/SequentialArchive.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -165,6 +166,12 @@ private slots:
         QTest::newRow("given a search reference") << 7 << u"plain"_s << QStringList{u"other"_s, u"k"_s};
         QTest::newRow("several inserted at once") << 8 << u"beta"_s << QStringList{u"b"_s};
         QTest::newRow("one removed before it") << 9 << u"yes"_s << QStringList{u"n"_s};
+        // A group is passed over when nothing below it could match, so an edit
+        // deep down must reach every group above it.
+        QTest::newRow("renamed deep") << 10 << u"zebra"_s << QStringList{u"list"_s};
+        QTest::newRow("value set deep") << 11 << u"quokka"_s << QStringList{u"list"_s};
+        QTest::newRow("inserted deep") << 12 << u"kiwi"_s << QStringList{u"list"_s};
+        QTest::newRow("element moved into a nested dictionary") << 13 << u"w = v"_s << QStringList{u"g"_s};
     }
 
     void editsAreFound()
@@ -173,10 +180,13 @@ private slots:
         QFETCH(QString, query);
         QFETCH(QStringList, found);
         const PropertyDictionary record{{u"w"_s, PropertyList(u"v"_s)}};
-        const PListNodePtr root = PListNode::treeFromDictionary(
-            {{u"k"_s, PropertyList(u"plain"_s)}, {u"n"_s, PropertyList(u"yes"_s)}, {u"list"_s, PropertyArray{record}}});
+        const PListNodePtr root = PListNode::treeFromDictionary({{u"k"_s, PropertyList(u"plain"_s)},
+                                                                 {u"n"_s, PropertyList(u"yes"_s)},
+                                                                 {u"list"_s, PropertyArray{record}},
+                                                                 {u"g"_s, PropertyDictionary()}});
         const PListNodePtr leaf = root->childWithName(u"k"_s);
         const PListNodePtr list = root->childWithName(u"list"_s);
+        const PListNodePtr deep = list->firstChild()->firstChild();
         switch (edit) {
         case 0:
             leaf->setName(u"zebra"_s);
@@ -221,12 +231,72 @@ private slots:
         case 9:
             root->removeChild(leaf);
             break;
+        case 10:
+            deep->setName(u"zebra"_s);
+            break;
+        case 11:
+            deep->setValue(u"quokka"_s);
+            break;
+        case 12:
+            list->firstChild()->insertChild(PListNode::initWithName(u"fig"_s, PropertyList(u"kiwi"_s)), 0);
+            break;
+        case 13: {
+            const PListNodePtr element = list->firstChild();
+            list->removeChild(element);
+            root->childWithName(u"g"_s)->insertChild(element, 0);
+            break;
+        }
         }
         QStringList names;
         const PListNodePtr copy = root->queryWithString(query);
         for (const PListNodePtr &child : copy->children())
             names << child->name();
         QCOMPARE(names, found);
+    }
+
+    // Random edits anywhere in a tree, then the same queries on it and on a
+    // tree made afresh from its value: what the filter keeps up to date about
+    // each group must never let it pass over a hit.
+    void editedTreeFiltersAsAFreshOne()
+    {
+        QRandomGenerator random(20261121);
+        const QStringList words{u"alpha"_s, u"beta"_s, u"zebra"_s, u"quokka"_s, u"kiwi"_s, u"Fig"_s, u"12"_s};
+        int made = 0;
+        const auto word = [&] { return words.at(random.bounded(words.size())) + QString::number(made++); };
+        const auto newNode = [&]() -> PListNodePtr {
+            if (random.bounded(4) > 0)
+                return PListNode::initWithName(word(), PropertyList(word()));
+            PropertyDictionary inner{{word(), PropertyList(word())}};
+            return random.bounded(2) ? PListNode::initFromDictionary(inner, word())
+                                     : PListNode::initFromArray(PropertyArray{PropertyList(word()), inner}, word());
+        };
+        const PListNodePtr root = PListNode::treeFromDictionary({});
+        for (int step = 0; step < 600; ++step) {
+            QList<PListNode *> nodes{root.get()};
+            for (qsizetype i = 0; i < nodes.size(); ++i) {
+                for (const PListNodePtr &child : nodes.at(i)->children())
+                    nodes << child.get();
+            }
+            PListNode &node = *nodes.at(random.bounded(nodes.size()));
+            const int choice = random.bounded(10);
+            if (node.isGroup() && (choice < 6 || node.numberOfChildren() == 0))
+                node.insertChild(newNode(), random.bounded(node.numberOfChildren() + 1));
+            else if (node.isGroup() && choice < 8)
+                node.removeChild(node.childAtIndex(random.bounded(node.numberOfChildren())));
+            else if (node.isGroup())
+                node.recursiveSortChildren();
+            else if (choice < 4 && !node.nodeParent()->isArray())
+                node.setName(word());
+            else if (choice < 8)
+                node.setValue(PropertyList(word()));
+            else
+                node.setMenu(random.bounded(2) ? IntegerClass : StringClass);
+            if (step % 50 != 49)
+                continue;
+            const PListNodePtr fresh = PListNode::treeFromDictionary(root->initialValue().dictionaryRef());
+            for (const QString &query : {u"zeb"_s, u"kiwi1"_s, u"#fig"_s, u"!alpha"_s, u"12"_s, u"q"_s})
+                QCOMPARE(TreePicture::of(*root->queryWithString(query)), TreePicture::of(*fresh->queryWithString(query)));
+        }
     }
 
     // A filtered entry is its real entry under another parent: renaming the
