@@ -263,16 +263,23 @@ bool PListNode::insertChild(const PListNodePtr &child, int index)
 
 void PListNode::insertChildren(const QList<PListNodePtr> &children, int index)
 {
+    takeInChildMark(insertChildrenOnly(children, index));
+}
+
+quint64 PListNode::insertChildrenOnly(const QList<PListNodePtr> &children, int index)
+{
     index = std::clamp(index, 0, numberOfChildren());
+    quint64 marks = 0;
     for (const PListNodePtr &child : children) {
         const quint64 mark = child->filterMark();
         m_children.insert(index++, child, mark);
         child->setNodeParent(this);
-        takeInChildMark(mark);
+        marks |= mark;
     }
     if (isArray() && !m_arrayInit)
         refreshArrayItems();
     notify(NodeRefresh::Count);
+    return marks;
 }
 
 void PListNode::removeChild(const PListNodePtr &child)

@@ -196,6 +196,9 @@ private:
     static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag);
     static PListNodePtr elementFor(const PropertyList &value);
     void refreshArrayItems();
+    // insertChildren without telling the groups above: answers the children's
+    // marks together.
+    quint64 insertChildrenOnly(const QList<PListNodePtr> &children, int index);
     PropertyList initialValueInHalves() const;
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }

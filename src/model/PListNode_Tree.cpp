@@ -415,7 +415,9 @@ PListNodePtr PListNode::copy() const
     // (make()), so writing the flag through this const member is sound.
     auto *source = const_cast<PListNode *>(this);
     source->m_arrayInit = true;
-    node->insertChildren(children, 0);
+    // The source's parent does not hold the copy, so what the copied children
+    // add to the copy's mark is not looked for in its list.
+    node->insertChildrenOnly(children, 0);
     source->m_arrayInit = false;
     return node;
 }
