@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 
+#include <system_error>
 #include <thread>
 
 // Opening, sorting and filtering a large file walk millions of nodes, and the
@@ -46,10 +47,19 @@ void run(qsizetype count, WeightOf weightOf, Work work)
     for (qint64 weight = 0; middle < count - 1 && weight * 2 < total; ++middle)
         weight += weightOf(middle);
     t_inSplit = true;
-    std::thread second([&] {
-        t_inSplit = true;
-        work(middle, count);
-    });
+    std::thread second;
+    try {
+        second = std::thread([&] {
+            t_inSplit = true;
+            work(middle, count);
+        });
+    } catch (const std::system_error &) {
+        // No thread to be had: this one does both halves. Releasing a tree
+        // runs here from a destructor, which must not throw.
+        work(qsizetype(0), count);
+        t_inSplit = false;
+        return;
+    }
     work(qsizetype(0), middle);
     second.join();
     t_inSplit = false;
