@@ -34,9 +34,9 @@ public:
     static QString getSize(quint32 bytes);
 
     // The browser's top level: the machine folder as one group (left out when
-    // the machine has no preferences folder), the registration domain's leaf,
-    // then the user's files and folders.
-    static FileArray browserFileArray();
+    // machineFolder is empty: the machine has no preferences folder), the
+    // registration domain's leaf, then the user's files and folders.
+    static FileArray browserFileArray(const QString &machineFolder);
 
     // Lists both folders again and makes a new root for treeData and
     // cachedTreeData.
