@@ -6,6 +6,7 @@
 // synchronise before every open must cost next to nothing when nothing changed.
 #include "domains/CFReadWriteMethods.h"
 #include "domains/openDomain.h"
+#include "platform/NotificationCenter.h"
 #include "platform/PreferencesService.h"
 #include "platform/PropertyListSerialization.h"
 #include "platform/UserDefaults.h"
@@ -153,7 +154,8 @@ void BM_ReadEveryDomainThroughAFreshStore(benchmark::State &state)
     const Account &generated = account();
     for (auto _ : state) {
         PreferencesService service;
-        UserDefaults defaults(service);
+        NotificationCenter center;
+        UserDefaults defaults(service, center);
         const CFReadWriteMethods::Store store{service, defaults};
         qsizetype keys = 0;
         for (const QString &path : generated.domainPaths)
@@ -169,7 +171,8 @@ void BM_SynchronizeUnchangedDomain(benchmark::State &state)
 {
     const QString path = account().domainPaths.first(); // the largest, 2 MB
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter center;
+    UserDefaults defaults(service, center);
     const CFReadWriteMethods::Store store{service, defaults};
     benchmark::DoNotOptimize(CFReadWriteMethods::preferenceDictionaryFromPath(path, store));
     for (auto _ : state)

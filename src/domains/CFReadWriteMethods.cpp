@@ -71,11 +71,6 @@ std::optional<PropertyDictionary> storedDictionary(const QString &path, CFReadWr
 
 namespace CFReadWriteMethods {
 
-Store Store::standard()
-{
-    return Store{PreferencesService::shared(), UserDefaults::standardUserDefaults()};
-}
-
 DomainLocation locationForPath(const QString &path)
 {
     using FolderLookup::folderForType, FolderLookup::kPreferencesFolderType, VXAdditions::beginsWithString;

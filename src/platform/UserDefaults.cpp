@@ -16,11 +16,6 @@ Q_LOGGING_CATEGORY(lcDefaults, "orvane.platform")
 constexpr PreferencesUser kUser = PreferencesUser::Current;
 constexpr PreferencesHost kHost = PreferencesHost::Any;
 
-void postDidChange()
-{
-    NotificationCenter::defaultCenter().post(UserDefaults::kDidChangeNotification);
-}
-
 // A real read as an integer truncates towards zero and saturates, rather than
 // leaving out-of-range conversion undefined.
 qint64 integerFromReal(double value)
@@ -36,16 +31,23 @@ qint64 integerFromReal(double value)
 
 } // namespace
 
-UserDefaults::UserDefaults(PreferencesService &service, const QString &applicationDomain)
+UserDefaults::UserDefaults(PreferencesService &service, NotificationCenter &center,
+                           const QString &applicationDomain)
     : m_service(service)
+    , m_center(center)
     , m_applicationDomain(applicationDomain)
 {
 }
 
 UserDefaults &UserDefaults::standardUserDefaults()
 {
-    static UserDefaults defaults(PreferencesService::shared());
+    static UserDefaults defaults(PreferencesService::shared(), NotificationCenter::defaultCenter());
     return defaults;
+}
+
+void UserDefaults::postDidChange()
+{
+    m_center.post(kDidChangeNotification);
 }
 
 void UserDefaults::registerDefaults(const PropertyDictionary &defaults)
