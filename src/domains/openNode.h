@@ -14,8 +14,9 @@ namespace VXAdditions {
 class SearchPattern;
 }
 
-// One row of the domain browser: a preference file (a leaf) or a folder (a
-// group), named by its full path; the invisible root is named "Root".
+// openNode is a node of the domain browser's tree: one row, a preference file
+// (a leaf) or a folder (a group), named by its full path; the invisible root is
+// named "Root".
 //
 // Ownership: a node owns its children through shared pointers, so a node taken
 // out of the tree (a deleted domain waiting for undo) stays alive as long as
