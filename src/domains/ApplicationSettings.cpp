@@ -1,6 +1,7 @@
 #include "ApplicationSettings.h"
 
 #include "domains/SettingsKeys.h"
+#include "platform/DateMath.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 
@@ -11,9 +12,6 @@ namespace {
 
 using namespace SettingsKeys;
 using namespace SettingsNotifications;
-
-// Seconds from the Unix epoch to the platform's reference date, 2001-01-01 UTC.
-constexpr double kReferenceDateOffset = 978307200.0;
 
 PropertyList colorValue(const CalibratedColor &color)
 {
@@ -51,7 +49,7 @@ ApplicationSettings::ApplicationSettings(UserDefaults &defaults, NotificationCen
 
 PropertyDictionary ApplicationSettings::registeredDefaults(const AppearanceDefaults &appearance, const QDateTime &now)
 {
-    const double nowSinceReference = static_cast<double>(now.toMSecsSinceEpoch()) / 1000.0 - kReferenceDateOffset;
+    const double nowSinceReference = DateMath::secondsSinceReferenceDate(now.toMSecsSinceEpoch());
     const PropertyList yes = PropertyList::boolean(true);
     const PropertyList no = PropertyList::boolean(false);
     PropertyDictionary defaults;

@@ -1,8 +1,8 @@
 #include "CFReadWriteMethods.h"
 
 #include "domains/PathText.h"
-#include "domains/openDomain.h"
 #include "model/VXAdditions.h"
+#include "platform/FolderLookup.h"
 #include "platform/PropertyListSerialization.h"
 #include "platform/UserDefaults.h"
 
@@ -71,16 +71,11 @@ std::optional<PropertyDictionary> storedDictionary(const QString &path, CFReadWr
 
 namespace CFReadWriteMethods {
 
-Store Store::standard()
-{
-    return Store{PreferencesService::shared(), UserDefaults::standardUserDefaults()};
-}
-
 DomainLocation locationForPath(const QString &path)
 {
-    using VXAdditions::beginsWithString;
-    const auto user = openDomain::preferencesFolderPathForDomain(FolderLookup::kUserDomain);
-    const auto machine = openDomain::preferencesFolderPathForDomain(FolderLookup::kLocalDomain);
+    using FolderLookup::folderForType, FolderLookup::kPreferencesFolderType, VXAdditions::beginsWithString;
+    const auto user = folderForType(kPreferencesFolderType, FolderLookup::kUserDomain);
+    const auto machine = folderForType(kPreferencesFolderType, FolderLookup::kLocalDomain);
     if (user) {
         const QString byHost = *user + QStringLiteral("/ByHost");
         // A per-host file is named domain.HOSTID.plist: both the extension

@@ -32,13 +32,11 @@ struct DomainLocation {
     bool isDomain() const { return kind != PathKind::PlainFile && !domainName.isEmpty(); }
 };
 
-// The services the operations use: the process's own by default; tests and
-// tools pass their own.
+// The services the operations use, always passed in: the application hands
+// in the process's own, tests and tools their own.
 struct Store {
     PreferencesService &service;
     UserDefaults &defaults;
-
-    static Store standard();
 };
 
 // Per-host before user (the ByHost folder lies inside the user folder), then
@@ -50,16 +48,15 @@ DomainLocation locationForPath(const QString &path);
 // touched, as the platform's application synchronise does. When there is no
 // domain name or the store fails, the application's own defaults are
 // synchronised instead and the answer is false. A plain file is left alone (true).
-bool synchronizePreferencesAtPath(const QString &path, Store store = Store::standard());
+bool synchronizePreferencesAtPath(const QString &path, Store store);
 
 // The domain's keys and values; none for a plain file or a domain without keys.
-std::optional<PropertyDictionary> preferenceDictionaryFromPath(const QString &path, Store store = Store::standard());
+std::optional<PropertyDictionary> preferenceDictionaryFromPath(const QString &path, Store store);
 
 // Sets every key of dictionary and removes the domain's keys it no longer
 // holds, pending until the next synchronise. A domain that holds no keys is
 // not written at all (false), nor is a plain file.
-bool writePreferenceDictionary(const PropertyDictionary &dictionary, const QString &path,
-                               Store store = Store::standard());
+bool writePreferenceDictionary(const PropertyDictionary &dictionary, const QString &path, Store store);
 
 // What a document opened on a path holds.
 struct DocumentContent {
@@ -71,7 +68,7 @@ struct DocumentContent {
 // Opens a document: the registration domain from the defaults, a domain from
 // the store (synchronised first), else the file as a dictionary or an array.
 // A failure names the file and says why.
-ReadResult<DocumentContent> readFromFile(const QString &path, const QString &type, Store store = Store::standard());
+ReadResult<DocumentContent> readFromFile(const QString &path, const QString &type, Store store);
 
 // Writes a dictionary or an array as an XML property list, atomically: the old
 // file is untouched unless the whole new one was written. Empty on success,

@@ -82,11 +82,11 @@ QString openDomain::getSize(quint32 bytes)
     return tr("%1 KB").arg(static_cast<double>(kilobytes), 0, 'f', 2);
 }
 
-FileArray openDomain::browserFileArray()
+FileArray openDomain::browserFileArray(const QString &machineFolder)
 {
     FileArray top;
-    if (const auto machine = preferencesFolderPathForDomain(FolderLookup::kLocalDomain))
-        top.append(FileArrayItem::folder(*machine, returnFileArrayFromPath(*machine)));
+    if (!machineFolder.isEmpty())
+        top.append(FileArrayItem::folder(machineFolder, returnFileArrayFromPath(machineFolder)));
 
     // The registration domain has no file; its leaf is shown where the file
     // would be. Without a user folder yet, that is where the folder will be.
@@ -100,6 +100,9 @@ FileArray openDomain::browserFileArray()
 
 void openDomain::buildTree()
 {
-    m_treeData = openNode::treeFromFileArray(browserFileArray());
+    // Looked up once, so the listing and the node that shows as "System
+    // Preferences" agree even if the folder comes or goes meanwhile.
+    const QString machine = preferencesFolderPathForDomain(FolderLookup::kLocalDomain).value_or(QString());
+    m_treeData = openNode::treeFromFileArray(browserFileArray(machine), machine);
     m_cachedTreeData = m_treeData;
 }

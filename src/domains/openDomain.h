@@ -22,21 +22,23 @@ public:
     static std::optional<QString> folderForType(FolderLookup::FolderType type, FolderLookup::FolderDomain domain);
     static std::optional<QString> preferencesFolderPathForDomain(FolderLookup::FolderDomain domain);
 
-    // The readable ".plist" files of a folder and, recursively, of its
+    // returnFileArrayFromPath lists a preferences folder for the browser: the
+    // readable ".plist" files of the folder and, recursively, of its
     // sub-folders, in the file system's listing order. A sub-folder without
     // such a file at any depth is left out; a missing or unreadable folder
     // gives an empty list.
     static FileArray returnFileArrayFromPath(const QString &path);
 
-    // A byte count as the information panel shows it ("512 bytes", "1.50 KB",
-    // "3.20 MB", "1.00 GB"), worked out in single precision as the original did,
-    // so the unit changes exactly where it did there.
+    // getSize formats a file size: a byte count as the information panel
+    // shows it ("512 bytes", "1.50 KB", "3.20 MB", "1.00 GB"), worked out in
+    // single precision as the original did, so the unit changes exactly where
+    // it did there.
     static QString getSize(quint32 bytes);
 
     // The browser's top level: the machine folder as one group (left out when
-    // the machine has no preferences folder), the registration domain's leaf,
-    // then the user's files and folders.
-    static FileArray browserFileArray();
+    // machineFolder is empty: the machine has no preferences folder), the
+    // registration domain's leaf, then the user's files and folders.
+    static FileArray browserFileArray(const QString &machineFolder);
 
     // Lists both folders again and makes a new root for treeData and
     // cachedTreeData.

@@ -1,8 +1,8 @@
 #include "openNode.h"
 
 #include "domains/PathText.h"
-#include "domains/openDomain.h"
 #include "model/VXAdditions.h"
+#include "platform/FolderLookup.h"
 
 namespace {
 
@@ -11,36 +11,13 @@ const QString kRegistrationFileName = QStringLiteral("NSRegistrationDomain.plist
 const QString kGlobalFileStem = QStringLiteral(".GlobalPreferences");
 const QString kGlobalDomainName = QStringLiteral("NSGlobalDomain");
 
-// The search copy of node: a leaf that matches, or a group holding the copies
-// of its children that survived; nullptr when nothing below matched.
-openNodePtr searchCopy(openNode &node, const VXAdditions::SearchPattern &pattern)
-{
-    if (!node.isGroup()) {
-        if (!pattern.matches(node.displayName()))
-            return nullptr;
-        openNodePtr leaf = openNode::initWithItem(node.name());
-        leaf->setSearchReference(&node);
-        return leaf;
-    }
-    openNodePtr group = openNode::initWithArray({}, node.name(), true);
-    group->setSearchReference(&node);
-    for (const openNodePtr &child : node.children()) {
-        if (openNodePtr copy = searchCopy(*child, pattern))
-            group->insertChild(copy, group->numberOfChildren());
-    }
-    // The root is the tree itself: an empty result is still a (blank) tree.
-    if (group->numberOfChildren() == 0 && node.name() != kRootName)
-        return nullptr;
-    return group;
-}
-
 } // namespace
 
 openNode::openNode(Private, const QString &name, bool group) : m_name(name), m_isGroup(group) {}
 
-openNodePtr openNode::treeFromFileArray(const FileArray &items)
+openNodePtr openNode::treeFromFileArray(const FileArray &items, const QString &machineFolder)
 {
-    return initWithArray(items, kRootName, true);
+    return build(items, kRootName, true, machineFolder);
 }
 
 openNodePtr openNode::treeFromFileArray(const FileArray &items, const QString &name, bool group) const
@@ -50,13 +27,19 @@ openNodePtr openNode::treeFromFileArray(const FileArray &items, const QString &n
 
 openNodePtr openNode::initWithArray(const FileArray &items, const QString &name, bool group)
 {
+    return build(items, name, group, QString());
+}
+
+openNodePtr openNode::build(const FileArray &items, const QString &name, bool group,
+                            const QString &machineFolder)
+{
     auto node = std::make_shared<openNode>(Private(), name, group);
     node->m_children.reserve(items.size());
     for (const FileArrayItem &item : items) {
-        if (item.isFolder)
-            node->appendWhileBuilding(initWithArray(item.children, item.path, true));
-        else
-            node->appendWhileBuilding(initWithItem(item.path));
+        openNodePtr child = item.isFolder ? build(item.children, item.path, true, machineFolder)
+                                          : initWithItem(item.path);
+        child->m_isMachineFolder = !machineFolder.isEmpty() && item.path == machineFolder;
+        node->appendWhileBuilding(child);
     }
     return node;
 }
@@ -126,14 +109,15 @@ QString openNode::displayName() const
         QString shown = stem;
         return shown.replace(global, kGlobalFileStem.size(), kGlobalDomainName);
     }
-    if (m_name == systemPrefsPath())
+    if (m_isMachineFolder)
         return QStringLiteral("System Preferences");
     return stem;
 }
 
 QString openNode::systemPrefsPath()
 {
-    return openDomain::preferencesFolderPathForDomain(FolderLookup::kLocalDomain).value_or(QString());
+    return FolderLookup::folderForType(FolderLookup::kPreferencesFolderType, FolderLookup::kLocalDomain)
+        .value_or(QString());
 }
 
 QString openNode::description() const
@@ -147,6 +131,31 @@ QString openNode::description() const
     }
     list += QLatin1Char(')');
     return QStringLiteral("name: %1\nchildren: %2").arg(m_name, list);
+}
+
+// The search copy of node: a leaf that matches, or a group holding the copies
+// of its children that survived; nullptr when nothing below matched.
+openNodePtr openNode::searchCopy(openNode &node, const VXAdditions::SearchPattern &pattern)
+{
+    if (!node.isGroup()) {
+        if (!pattern.matches(node.displayName()))
+            return nullptr;
+        openNodePtr leaf = initWithItem(node.name());
+        leaf->m_searchReference = &node;
+        leaf->m_isMachineFolder = node.m_isMachineFolder;
+        return leaf;
+    }
+    openNodePtr group = initWithArray({}, node.name(), true);
+    group->m_searchReference = &node;
+    group->m_isMachineFolder = node.m_isMachineFolder;
+    for (const openNodePtr &child : node.children()) {
+        if (openNodePtr copy = searchCopy(*child, pattern))
+            group->insertChild(copy, group->numberOfChildren());
+    }
+    // The root is the tree itself: an empty result is still a (blank) tree.
+    if (group->numberOfChildren() == 0 && node.name() != kRootName)
+        return nullptr;
+    return group;
 }
 
 openNodePtr openNode::queryWithString(const QString &query)

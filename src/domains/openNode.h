@@ -10,8 +10,13 @@
 class openNode;
 using openNodePtr = std::shared_ptr<openNode>;
 
-// One row of the domain browser: a preference file (a leaf) or a folder (a
-// group), named by its full path; the invisible root is named "Root".
+namespace VXAdditions {
+class SearchPattern;
+}
+
+// openNode is a node of the domain browser's tree: one row, a preference file
+// (a leaf) or a folder (a group), named by its full path; the invisible root is
+// named "Root".
 //
 // Ownership: a node owns its children through shared pointers, so a node taken
 // out of the tree (a deleted domain waiting for undo) stays alive as long as
@@ -21,15 +26,20 @@ using openNodePtr = std::shared_ptr<openNode>;
 //
 // The styled texts the browser draws are not kept here: the view model makes
 // them on demand from displayName() and presentation(), and a change of fonts
-// or colours is a model refresh, so nodes observe nothing.
+// or colours is a model refresh, so nodes observe nothing. Which node is the
+// machine's preferences folder is settled when the tree is built, so drawing a
+// row never looks at the disk.
 class openNode {
 public:
     // The four ways the browser draws a name.
     enum class Presentation { Normal, Selected, BackSelected, Disabled };
 
-    // The root of a browser tree: a group named "Root".
-    static openNodePtr treeFromFileArray(const FileArray &items);
-    // A new subtree named name (the instance form of the builder).
+    // The root of a browser tree: a group named "Root". The node named
+    // machineFolder (the machine's preferences folder; empty when there is
+    // none) shows as "System Preferences".
+    static openNodePtr treeFromFileArray(const FileArray &items, const QString &machineFolder);
+    // A new subtree named name (the instance form of the builder). This form
+    // and initWithArray know no machine folder, so they mark none.
     openNodePtr treeFromFileArray(const FileArray &items, const QString &name, bool group) const;
     // A node holding one child per item, in order: folders become groups named
     // by their path and built from their content, files become leaves.
@@ -62,7 +72,9 @@ public:
     // The browser's text: the file name without its extension, the global
     // domain as "NSGlobalDomain", the machine folder as "System Preferences".
     QString displayName() const;
-    // The machine-wide preferences folder, empty when there is none.
+    bool isMachineFolder() const { return m_isMachineFolder; }
+    // The machine-wide preferences folder, empty when there is none: looked
+    // up on disk, so asked once per tree, when it is built.
     static QString systemPrefsPath();
     // "name: …\nchildren: (…)", the children's own descriptions in the list.
     QString description() const;
@@ -92,6 +104,9 @@ public:
     openNode(Private, const QString &name, bool group);
 
 private:
+    static openNodePtr build(const FileArray &items, const QString &name, bool group,
+                             const QString &machineFolder);
+    static openNodePtr searchCopy(openNode &node, const VXAdditions::SearchPattern &pattern);
     void appendWhileBuilding(const openNodePtr &child);
 
     QString m_name;
@@ -100,4 +115,5 @@ private:
     openNode *m_searchReference = nullptr;
     bool m_isGroup = false;
     bool m_loadSpecial = false;
+    bool m_isMachineFolder = false;
 };

@@ -2,6 +2,7 @@
 #include "PListNode.h"
 
 #include "VXAdditions.h"
+#include "platform/NumberConversion.h"
 #include "platform/StringReadings.h"
 
 #include <QCoreApplication>
@@ -25,16 +26,10 @@ quint64 numberBits(const PropertyList &number, bool unsignedTarget)
 {
     if (!number.isReal())
         return number.toUnsignedInteger();
-    const double value = std::trunc(number.toReal());
-    if (std::isnan(value))
-        return 0;
+    const double value = number.toReal();
     if (unsignedTarget && value >= 0x1p63)
-        return value >= 0x1p64 ? std::numeric_limits<quint64>::max() : static_cast<quint64>(value);
-    if (value >= 0x1p63)
-        return static_cast<quint64>(std::numeric_limits<qint64>::max());
-    if (value < -0x1p63)
-        return static_cast<quint64>(std::numeric_limits<qint64>::min());
-    return static_cast<quint64>(static_cast<qint64>(value));
+        return NumberConversion::saturatedUInt64(value);
+    return static_cast<quint64>(NumberConversion::saturatedInt64(value));
 }
 
 // Keeps the low bits of a pattern and reads them as the signed type of that

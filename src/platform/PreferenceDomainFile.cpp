@@ -1,11 +1,13 @@
 #include "PreferenceDomainFile.h"
 
 #include <QFile>
+#include <QList>
 
 #include <cerrno>
 #include <cstring>
 #include <utility>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -30,12 +32,20 @@ PreferenceDomainFile::Stamp stampOf(const struct stat &info)
     return s;
 }
 
-QString folderOf(const QString &path)
+// mkostemp replaces the X of its template with letters and digits.
+constexpr char kTemporarySuffix[] = ".XXXXXX";
+constexpr qsizetype kRandomLength = sizeof(kTemporarySuffix) - 2; // without the dot and the terminator
+
+bool isTemporaryName(const char *name, const QByteArray &prefix)
 {
-    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
-    if (slash < 0)
-        return QStringLiteral(".");
-    return slash == 0 ? QStringLiteral("/") : path.left(slash);
+    if (std::strncmp(name, prefix.constData(), size_t(prefix.size())) != 0
+        || std::strlen(name) != size_t(prefix.size() + kRandomLength))
+        return false;
+    for (const char *c = name + prefix.size(); *c; ++c) {
+        if (!((*c >= 'a' && *c <= 'z') || (*c >= 'A' && *c <= 'Z') || (*c >= '0' && *c <= '9')))
+            return false;
+    }
+    return true;
 }
 
 // Reads the whole file from fd, starting from the size fstat gave; a file that
@@ -182,7 +192,43 @@ bool PreferenceDomainFile::lock(mode_t mode, QString *error)
         unlock();
         return false;
     }
+    removeAbandonedTemporaryFiles();
     return true;
+}
+
+QString PreferenceDomainFile::folderPath() const
+{
+    const qsizetype slash = m_path.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QStringLiteral(".");
+    return slash == 0 ? QStringLiteral("/") : m_path.left(slash);
+}
+
+QString PreferenceDomainFile::fileName() const
+{
+    return m_path.mid(m_path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+// Every writer of this file makes its temporary file under the lock and renames
+// or removes it before letting go, so with the lock held any file named like
+// one is a dead writer's. Only the exact form is touched: the suffix mkostemp
+// makes, after this file's own name. Failing to remove one costs nothing.
+void PreferenceDomainFile::removeAbandonedTemporaryFiles() const
+{
+    const QByteArray prefix = QFile::encodeName(QLatin1Char('.') + fileName()) + '.';
+    DIR *dir = ::opendir(QFile::encodeName(folderPath()).constData());
+    if (!dir)
+        return;
+    // Collected first: whether readdir still reports entries removed while it
+    // runs is left open by POSIX.
+    QList<QByteArray> abandoned;
+    while (const dirent *entry = ::readdir(dir)) {
+        if (isTemporaryName(entry->d_name, prefix))
+            abandoned.append(QByteArray(entry->d_name));
+    }
+    for (const QByteArray &name : std::as_const(abandoned))
+        ::unlinkat(::dirfd(dir), name.constData(), 0);
+    ::closedir(dir);
 }
 
 void PreferenceDomainFile::unlock()
@@ -194,10 +240,8 @@ void PreferenceDomainFile::unlock()
 
 bool PreferenceDomainFile::replace(const QByteArray &bytes, mode_t mode, Stamp *written, QString *error) const
 {
-    const QString folder = folderOf(m_path);
-    QByteArray temporary = QFile::encodeName(folder + QLatin1Char('/')
-                                             + QLatin1Char('.') + m_path.mid(m_path.lastIndexOf(QLatin1Char('/')) + 1)
-                                             + QStringLiteral(".XXXXXX"));
+    const QString folder = folderPath();
+    QByteArray temporary = QFile::encodeName(folder + QStringLiteral("/.") + fileName()) + kTemporarySuffix;
     const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (fd < 0) {
         *error = QStringLiteral("no temporary file can be made in %1: %2").arg(folder, systemError(errno));

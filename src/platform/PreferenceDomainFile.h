@@ -15,6 +15,10 @@
 // domain file itself is replaced by rename, so a lock on it would guard an inode
 // that is about to disappear. The lock file is left in place after use, because
 // removing it would let two writers hold locks on different inodes.
+//
+// A writer killed between making its temporary file and renaming it leaves that
+// file behind. Writers only make one while holding the lock, so whoever holds
+// the lock next knows any such file is abandoned, and removes it.
 class PreferenceDomainFile {
 public:
     // What one stat says about a file: enough to tell a rewrite in place (size,
@@ -58,14 +62,17 @@ public:
     Content read() const;
 
     // Waits for the exclusive lock; a new lock file gets mode. Released by
-    // unlock() or the destructor.
+    // unlock() or the destructor. Once it is held, temporary files that dead
+    // writers left beside the file are removed.
     bool lock(mode_t mode, QString *error);
     void unlock();
 
     // Writes bytes to a temporary file in the same folder (".<file name>.XXXXXX",
     // hidden and not ending in ".plist", so a leftover from a crash is never
     // taken for a domain), gives it mode, flushes it to disk and renames it over
-    // the file, so readers see the old or the new content and never a part. The stamp of the new file goes to written.
+    // the file, so readers see the old or the new content and never a part. The
+    // stamp of the new file goes to written. Only while holding the lock: the
+    // next holder takes any temporary file it finds for abandoned.
     bool replace(const QByteArray &bytes, mode_t mode, Stamp *written, QString *error) const;
     // Removes the file; a file that is already gone is fine.
     bool remove(QString *error) const;
@@ -74,6 +81,10 @@ public:
     static bool makeFolder(const QString &folder, mode_t mode, QString *error);
 
 private:
+    QString folderPath() const;
+    QString fileName() const;
+    void removeAbandonedTemporaryFiles() const;
+
     QString m_path;
     int m_lockFd = -1;
 };

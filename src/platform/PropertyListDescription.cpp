@@ -1,6 +1,7 @@
 // The old-style description texts the platform prints for property-list values:
 // bare text for a value on its own, quoted and escaped text inside containers,
 // and the doubled indentation of nested containers.
+#include "DateMath.h"
 #include "NumberText.h"
 #include "PropertyList.h"
 
@@ -9,9 +10,6 @@
 #include <ctime>
 
 namespace {
-
-// The platform's reference date, 2001-01-01 00:00:00 UTC, in Unix seconds.
-constexpr qint64 kReferenceDateUnixSeconds = 978307200;
 
 QString numberText(const PropertyList &value)
 {
@@ -33,7 +31,8 @@ QString dateText(double secondsSinceReferenceDate)
     // Whole seconds only: the description has no fraction, and rounds towards the past.
     // localtime_r rather than QDateTime: a large file formats hundreds of thousands of dates.
     const double floored = std::floor(secondsSinceReferenceDate);
-    const time_t unixSeconds = static_cast<time_t>(kReferenceDateUnixSeconds + static_cast<qint64>(floored));
+    const auto unixSeconds =
+        static_cast<time_t>(DateMath::kReferenceDateUnixSeconds + static_cast<qint64>(floored));
     struct tm local {};
     if (!localtime_r(&unixSeconds, &local))
         return QString();

@@ -1,5 +1,6 @@
 #include "StringReadings.h"
 
+#include "DateMath.h"
 #include "NumberText.h"
 
 #include <climits>
@@ -63,31 +64,6 @@ int fixedDigits(const QString &text, qsizetype index, int count)
     return value;
 }
 
-bool isLeapYear(std::int64_t year)
-{
-    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
-
-int daysInMonth(std::int64_t year, int month)
-{
-    static constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && isLeapYear(year) ? 29 : kDays[month - 1];
-}
-
-// Days from 1970-01-01 to the given proleptic Gregorian date, counted in
-// 400-year eras of 146097 days with March as the first month, so that the
-// leap day falls at the end of the counted year.
-std::int64_t daysFromCivil(std::int64_t year, int month, int day)
-{
-    year -= month <= 2 ? 1 : 0;
-    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-    const std::int64_t yearOfEra = year - era * 400;
-    const int shiftedMonth = month > 2 ? month - 3 : month + 9;
-    const std::int64_t dayOfYear = (153 * shiftedMonth + 2) / 5 + day - 1;
-    const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + dayOfEra - 719468;
-}
-
 struct DateFields {
     int year, month, day, hour, minute, second;
     int offsetSign, offsetHours, offsetMinutes;
@@ -123,8 +99,8 @@ std::optional<DateFields> splitDate(const QString &text)
 bool fieldsInRange(const DateFields &fields)
 {
     return fields.month >= 1 && fields.month <= 12 && fields.day >= 1
-        && fields.day <= daysInMonth(fields.year, fields.month) && fields.hour < 24 && fields.minute < 60
-        && fields.second < 60 && fields.offsetMinutes < 60;
+        && fields.day <= DateMath::daysInMonth(fields.year, fields.month) && fields.hour < 24
+        && fields.minute < 60 && fields.second < 60 && fields.offsetMinutes < 60;
 }
 
 } // namespace
@@ -193,10 +169,10 @@ std::optional<double> dateWithString(const QString &text)
     const std::optional<DateFields> fields = splitDate(text);
     if (!fields || !fieldsInRange(*fields))
         return std::nullopt;
-    // The reference date of the platform's clock is 2001-01-01 00:00:00 UTC.
-    static const std::int64_t kReferenceDay = daysFromCivil(2001, 1, 1);
+    using DateMath::daysFromCivil, DateMath::kReferenceDay, DateMath::kSecondsPerDay;
     const std::int64_t days = daysFromCivil(fields->year, fields->month, fields->day) - kReferenceDay;
-    const std::int64_t wallSeconds = days * 86400 + fields->hour * 3600 + fields->minute * 60 + fields->second;
+    const std::int64_t wallSeconds =
+        days * kSecondsPerDay + fields->hour * 3600 + fields->minute * 60 + fields->second;
     const std::int64_t offsetSeconds = fields->offsetSign * (fields->offsetHours * 3600 + fields->offsetMinutes * 60);
     return static_cast<double>(wallSeconds - offsetSeconds);
 }

@@ -1,13 +1,11 @@
 #include "UserDefaults.h"
 
 #include "NotificationCenter.h"
+#include "NumberConversion.h"
 #include "PreferencesService.h"
 #include "StringReadings.h"
 
 #include <QLoggingCategory>
-
-#include <cmath>
-#include <limits>
 
 namespace {
 
@@ -16,36 +14,25 @@ Q_LOGGING_CATEGORY(lcDefaults, "orvane.platform")
 constexpr PreferencesUser kUser = PreferencesUser::Current;
 constexpr PreferencesHost kHost = PreferencesHost::Any;
 
-void postDidChange()
-{
-    NotificationCenter::defaultCenter().post(UserDefaults::kDidChangeNotification);
-}
-
-// A real read as an integer truncates towards zero and saturates, rather than
-// leaving out-of-range conversion undefined.
-qint64 integerFromReal(double value)
-{
-    if (std::isnan(value))
-        return 0;
-    if (value >= 9223372036854775807.0)
-        return std::numeric_limits<qint64>::max();
-    if (value <= -9223372036854775808.0)
-        return std::numeric_limits<qint64>::min();
-    return qint64(value);
-}
-
 } // namespace
 
-UserDefaults::UserDefaults(PreferencesService &service, const QString &applicationDomain)
+UserDefaults::UserDefaults(PreferencesService &service, NotificationCenter &center,
+                           const QString &applicationDomain)
     : m_service(service)
+    , m_center(center)
     , m_applicationDomain(applicationDomain)
 {
 }
 
 UserDefaults &UserDefaults::standardUserDefaults()
 {
-    static UserDefaults defaults(PreferencesService::shared());
+    static UserDefaults defaults(PreferencesService::shared(), NotificationCenter::defaultCenter());
     return defaults;
+}
+
+void UserDefaults::postDidChange()
+{
+    m_center.post(kDidChangeNotification);
 }
 
 void UserDefaults::registerDefaults(const PropertyDictionary &defaults)
@@ -108,7 +95,7 @@ qint64 UserDefaults::integerForKey(const QString &key) const
     case PropertyList::Type::Integer:
         return value->toInteger();
     case PropertyList::Type::Real:
-        return integerFromReal(value->toReal());
+        return NumberConversion::saturatedInt64(value->toReal());
     case PropertyList::Type::String:
         return StringReadings::intValue(value->toString());
     case PropertyList::Type::Data:

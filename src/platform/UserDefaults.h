@@ -6,22 +6,27 @@
 
 #include <optional>
 
+class NotificationCenter;
 class PreferencesService;
 
 // The application's user defaults: its own persistent domain in the preferences
 // service (current user, any host), then NSGlobalDomain, then the volatile
 // registration domain, first match wins. Registered defaults are never written.
+// The service and the centre that hears of changes are given at construction,
+// so tests and tools can hand in their own.
 class UserDefaults {
 public:
     static inline const QString kBundleIdentifier = QStringLiteral("org.orvane.Orvane");
     static inline const QString kRegistrationDomain = QStringLiteral("NSRegistrationDomain");
     static inline const QString kGlobalDomain = QStringLiteral("NSGlobalDomain");
-    // Posted with the defaults object's owner (null) whenever a value changes.
+    // Posted to the centre with no object whenever a value changes.
     static inline const QString kDidChangeNotification = QStringLiteral("NSUserDefaultsDidChangeNotification");
 
-    explicit UserDefaults(PreferencesService &service, const QString &applicationDomain = kBundleIdentifier);
+    UserDefaults(PreferencesService &service, NotificationCenter &center,
+                 const QString &applicationDomain = kBundleIdentifier);
 
-    // The application's instance over PreferencesService::shared().
+    // The process's instance over PreferencesService::shared(), posting to
+    // NotificationCenter::defaultCenter().
     static UserDefaults &standardUserDefaults();
 
     // Merged into the registration domain: keys already there are overwritten.
@@ -51,7 +56,10 @@ public:
     QString applicationDomain() const { return m_applicationDomain; }
 
 private:
+    void postDidChange();
+
     PreferencesService &m_service;
+    NotificationCenter &m_center;
     QString m_applicationDomain;
     PropertyDictionary m_registered;
 };

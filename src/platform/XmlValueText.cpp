@@ -1,4 +1,5 @@
 #include "XmlValueText.h"
+#include "DateMath.h"
 #include "NumberText.h"
 
 #include <cmath>
@@ -60,44 +61,13 @@ bool isDecimalReal(QStringView text)
 }
 
 
-// Days from 1970-01-01 to 2001-01-01, the platform's reference date.
-constexpr qint64 kReferenceDay = 11323;
-constexpr qint64 kSecondsPerDay = 86400;
+using DateMath::daysFromCivil;
+using DateMath::kReferenceDay;
+using DateMath::kSecondsPerDay;
 // Beyond this many years the day count would no longer fit comfortably; no real
 // file comes near it, and the writer clamps to stay inside.
 constexpr qint64 kMaxYear = 1000000000;
 constexpr double kMaxSeconds = 3.0e16; // about 950 million years
-
-struct CivilDate {
-    qint64 year;
-    int month;
-    int day;
-};
-
-// Days since 1970-01-01 of a proleptic Gregorian date (Howard Hinnant's algorithm:
-// years are shifted to start in March so the leap day comes last).
-qint64 daysFromCivil(qint64 year, int month, int day)
-{
-    year -= month <= 2 ? 1 : 0;
-    const qint64 era = (year >= 0 ? year : year - 399) / 400;
-    const qint64 yearOfEra = year - era * 400;
-    const qint64 dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    const qint64 dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + dayOfEra - 719468;
-}
-
-CivilDate civilFromDays(qint64 days)
-{
-    days += 719468;
-    const qint64 era = (days >= 0 ? days : days - 146096) / 146097;
-    const qint64 dayOfEra = days - era * 146097;
-    const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const qint64 shiftedMonth = (5 * dayOfYear + 2) / 153;
-    const int day = static_cast<int>(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1);
-    const int month = static_cast<int>(shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9);
-    return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month, day};
-}
 
 bool isDigit(QChar c) { return c >= u'0' && c <= u'9'; }
 
@@ -266,7 +236,7 @@ QByteArray XmlValueText::dateText(double secondsSinceReferenceDate)
         secondOfDay += kSecondsPerDay;
         --days;
     }
-    const CivilDate date = civilFromDays(days + kReferenceDay);
+    const DateMath::CivilDate date = DateMath::civilFromDays(days + kReferenceDay);
     QByteArray out;
     out.reserve(20);
     if (date.year < 0)

@@ -141,7 +141,8 @@ void ApplicationSettingsTest::registeredDefaults()
 {
     DomainSandbox sandbox;
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter center;
+    UserDefaults defaults(service, center);
     ApplicationSettings::registerDefaults(defaults, distinctAppearance(), kNow);
     const PropertyDictionary registered = ApplicationSettings::registeredDefaults(distinctAppearance(), kNow);
     const auto expected = expectedDefaults();
@@ -192,7 +193,8 @@ void ApplicationSettingsTest::transferPreferences()
     if (!earlier.isEmpty())
         sandbox.writeDictionary(earlierFile, earlier);
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter center;
+    UserDefaults defaults(service, center);
     QCOMPARE(ApplicationSettings::transferPreferences(defaults), !earlier.isEmpty());
     // What a later start reads from disk.
     PreferencesService later;
@@ -215,7 +217,8 @@ void ApplicationSettingsTest::handler()
     const Handler &handler = handlers().at(index);
     DomainSandbox sandbox;
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter defaultsCenter; // apart, so only the settings' own notices are seen
+    UserDefaults defaults(service, defaultsCenter);
     ApplicationSettings::registerDefaults(defaults, distinctAppearance(), kNow);
     NotificationCenter center;
     ApplicationSettings settings(defaults, center);

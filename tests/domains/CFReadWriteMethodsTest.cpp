@@ -5,6 +5,7 @@
 #include "TestRegistry.h"
 
 #include "domains/CFReadWriteMethods.h"
+#include "platform/NotificationCenter.h"
 #include "platform/PropertyListSerialization.h"
 #include "platform/UserDefaults.h"
 
@@ -35,7 +36,8 @@ PropertyList fileValue(const QString &path)
 // One process's store over the sandbox.
 struct TestStore {
     PreferencesService service;
-    UserDefaults defaults{service};
+    NotificationCenter center;
+    UserDefaults defaults{service, center};
     Store store() { return Store{service, defaults}; }
 };
 

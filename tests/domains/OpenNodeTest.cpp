@@ -60,10 +60,11 @@ QString picture(const openNode &node)
 }
 
 // Every node of a search result must stand for a node of the full tree with
-// the same path.
+// the same path, shown the same way.
 bool referencesAreRight(const openNode &copy)
 {
-    if (!copy.searchReference() || copy.searchReference()->name() != copy.name())
+    if (!copy.searchReference() || copy.searchReference()->name() != copy.name()
+        || copy.searchReference()->displayName() != copy.displayName())
         return false;
     for (const openNodePtr &child : copy.children()) {
         if (child->nodeParent() != &copy || !referencesAreRight(*child))
@@ -72,8 +73,11 @@ bool referencesAreRight(const openNode &copy)
     return true;
 }
 
-FileArray sampleTree(const QString &machine)
+const QString kMachine = u"/machine"_s;
+
+FileArray sampleTree()
 {
+    const QString &machine = kMachine;
     return {
         FileArrayItem::folder(machine, {FileArrayItem::file(machine + u"/com.apple.a.plist"_s),
                                         FileArrayItem::folder(machine + u"/sub"_s,
@@ -153,30 +157,30 @@ void OpenNodeTest::browserTopLevel()
     std::sort(top.begin() + 2, top.end());
     QCOMPARE(top.join(u' '), u"machine(com.apple.loginwindow.plist) NSRegistrationDomain.plist* "
                              u"ByHost(com.foo.ID.plist) com.foo.plist"_s);
+    QCOMPARE(root->childAtIndex(0)->displayName(), u"System Preferences"_s);
     QCOMPARE(root->childAtIndex(1)->name(), sandbox.userFolder() + u"/NSRegistrationDomain.plist"_s);
 }
 
 void OpenNodeTest::displayName_data()
 {
-    // $U stands for the user's folder, $M for the machine's.
+    // Each name is a folder of a tree built with /m as the machine's folder.
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("shown");
-    QTest::newRow("one extension goes") << u"$U/a.b.c.plist"_s << u"a.b.c"_s;
-    QTest::newRow("global domain") << u"$U/.GlobalPreferences.plist"_s << u"NSGlobalDomain"_s;
-    QTest::newRow("per-host global keeps its host") << u"$U/ByHost/.GlobalPreferences.0A1B.plist"_s
+    QTest::newRow("one extension goes") << u"/u/a.b.c.plist"_s << u"a.b.c"_s;
+    QTest::newRow("global domain") << u"/u/.GlobalPreferences.plist"_s << u"NSGlobalDomain"_s;
+    QTest::newRow("per-host global keeps its host") << u"/u/ByHost/.GlobalPreferences.0A1B.plist"_s
                                                     << u"NSGlobalDomain.0A1B"_s;
-    QTest::newRow("global stem inside a name") << u"$U/x.GlobalPreferences.plist"_s << u"xNSGlobalDomain"_s;
-    QTest::newRow("machine folder") << u"$M"_s << u"System Preferences"_s;
-    QTest::newRow("a folder inside the machine folder") << u"$M/sub"_s << u"sub"_s;
+    QTest::newRow("global stem inside a name") << u"/u/x.GlobalPreferences.plist"_s << u"xNSGlobalDomain"_s;
+    QTest::newRow("machine folder") << u"/m"_s << u"System Preferences"_s;
+    QTest::newRow("a folder inside the machine folder") << u"/m/sub"_s << u"sub"_s;
 }
 
 void OpenNodeTest::displayName()
 {
     QFETCH(QString, name);
     QFETCH(QString, shown);
-    DomainSandbox sandbox;
-    name.replace(u"$U"_s, sandbox.userFolder()).replace(u"$M"_s, sandbox.machineFolder());
-    QCOMPARE(openNode::initWithItem(name)->displayName(), shown);
+    const openNodePtr root = openNode::treeFromFileArray({FileArrayItem::folder(name, {})}, u"/m"_s);
+    QCOMPARE(root->childAtIndex(0)->displayName(), shown);
 }
 
 void OpenNodeTest::getSize_data()
@@ -217,8 +221,7 @@ void OpenNodeTest::query()
 {
     QFETCH(QString, query);
     QFETCH(QString, result);
-    DomainSandbox sandbox;
-    const openNodePtr root = openNode::treeFromFileArray(sampleTree(sandbox.machineFolder()));
+    const openNodePtr root = openNode::treeFromFileArray(sampleTree(), kMachine);
     const QString before = picture(*root);
     const openNodePtr found = root->queryWithString(query);
     QVERIFY(found);
@@ -230,8 +233,7 @@ void OpenNodeTest::query()
 
 void OpenNodeTest::removingAFoundDomainRemovesItFromTheFullTree()
 {
-    DomainSandbox sandbox;
-    const openNodePtr root = openNode::treeFromFileArray(sampleTree(sandbox.machineFolder()));
+    const openNodePtr root = openNode::treeFromFileArray(sampleTree(), kMachine);
     const openNodePtr found = root->queryWithString(u"apple"_s);
     // machine/sub/com.apple.b in the result
     const openNodePtr hit = found->childAtIndex(0)->childAtIndex(1)->childAtIndex(0);

@@ -320,50 +320,74 @@ void PreferencesServiceTest::unusableFileIsNeverOverwritten()
     QCOMPARE(dictionaryIn(path), (PropertyDictionary{{u"repaired"_s, integer(2)}, {u"k"_s, integer(1)}}));
 }
 
-// A child process writes while a file size limit makes write() fail for real
-// (even for root). With SIGXFSZ ignored the synchronise fails naming the file
-// and cleans up; with its default action the writer dies before the rename and
-// leaves a stray temporary file that nobody takes for a domain. Either way the
-// old file stays whole and the next writer builds on it.
+// A child process writes a large domain while a file size limit makes write()
+// fail part-way (even for root). With SIGXFSZ ignored the synchronise fails
+// naming the file and cleans up. Otherwise the signal stops the writer right
+// there, lock held and temporary file half written, and it is killed. Each kill,
+// at a different point of the write, leaves a stray temporary file that nobody
+// takes for a domain, and the next writer, killed or not, removes it (and only
+// it) once it holds the lock. Either way the old file stays whole and the next
+// writer builds on it.
 void PreferencesServiceTest::writeCutShortLeavesOldFile_data()
 {
+    QTest::addColumn<QList<int>>("cuts"); // bytes written before the limit
     QTest::addColumn<bool>("killed");
-    QTest::newRow("write fails: error, nothing left behind") << false;
-    QTest::newRow("writer killed before rename") << true;
+    QTest::newRow("write fails: error, nothing left behind") << QList<int>{1024} << false;
+    QTest::newRow("writer killed at three points of its write") << QList<int>{4096, 300000, 900000} << true;
 }
 
 void PreferencesServiceTest::writeCutShortLeavesOldFile()
 {
+    QFETCH(QList<int>, cuts);
     QFETCH(bool, killed);
     constexpr int kReportedError = 3;
     const QString path = prefs() + u"/com.x.plist"_s;
     const QByteArray old = binaryDomain({{u"a"_s, integer(1)}});
     writeFile(path, old);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const rlimit noCore{0, 0}, small{1024, 1024};
-        ::setrlimit(RLIMIT_CORE, &noCore);
-        ::setrlimit(RLIMIT_FSIZE, &small);
-        std::signal(SIGXFSZ, killed ? SIG_DFL : SIG_IGN);
-        PreferencesService writer;
-        writer.setValue(u"big"_s, PropertyList(QByteArray(4096, 'x')), u"com.x"_s, kUser, kAny);
-        const bool failed = !writer.synchronize(u"com.x"_s, kUser, kAny) && writer.lastError().contains(path);
-        ::_exit(failed ? kReportedError : 0);
+    for (const int cut : cuts) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const rlimit noCore{0, 0}, limit{rlim_t(cut), rlim_t(cut)};
+            ::setrlimit(RLIMIT_CORE, &noCore);
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            struct sigaction stop {};
+            stop.sa_handler = [](int) { ::raise(SIGSTOP); };
+            if (!killed)
+                stop.sa_handler = SIG_IGN;
+            ::sigaction(SIGXFSZ, &stop, nullptr);
+            PreferencesService writer;
+            writer.setValue(u"big"_s, PropertyList(QByteArray(1 << 20, 'x')), u"com.x"_s, kUser, kAny);
+            const bool reported =
+                !writer.synchronize(u"com.x"_s, kUser, kAny) && writer.lastError().contains(path);
+            ::_exit(reported ? kReportedError : 0);
+        }
+        QVERIFY(child > 0);
+        int status = 0;
+        QCOMPARE(::waitpid(child, &status, WUNTRACED), child);
+        if (killed) {
+            QVERIFY(WIFSTOPPED(status));
+            QCOMPARE(::kill(child, SIGKILL), 0);
+            QCOMPARE(::waitpid(child, &status, 0), child);
+            QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+        } else {
+            QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == kReportedError);
+        }
     }
-    QVERIFY(child > 0);
-    int status = 0;
-    QCOMPARE(::waitpid(child, &status, 0), child);
-    if (killed)
-        QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
-    else
-        QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == kReportedError);
     QCOMPARE(Corpus::readAll(path), old);
-    QCOMPARE(QDir(prefs()).entryList({u".com.x.plist.*"_s}, QDir::Files | QDir::Hidden).size(), killed ? 1 : 0);
+    const auto files = [this](const QString &pattern) {
+        return QDir(prefs()).entryList({pattern}, QDir::Files | QDir::Hidden, QDir::Name);
+    };
+    QCOMPARE(files(u".com.x.plist.*"_s).size(), killed ? 1 : 0);
+    // Look-alikes that are not this domain's temporary files.
+    writeFile(prefs() + u"/.com.x.plist.old"_s, {});
+    writeFile(prefs() + u"/.com.y.plist.AbC123"_s, {});
     PreferencesService service;
     QCOMPARE(service.copyApplicationList(kUser, kAny), QStringList{u"com.x"_s});
     service.setValue(u"b"_s, integer(2), u"com.x"_s, kUser, kAny);
     QVERIFY(service.synchronize(u"com.x"_s, kUser, kAny));
     QCOMPARE(dictionaryIn(path), (PropertyDictionary{{u"a"_s, integer(1)}, {u"b"_s, integer(2)}}));
+    const QStringList clean{u".com.x.plist.old"_s, u".com.y.plist.AbC123"_s, u"com.x.plist"_s, u"com.x.plist.lock"_s};
+    QCOMPARE(files(u"*"_s), clean);
 }
 
 // A synchronise with nothing pending decides by one stat whether to forget what

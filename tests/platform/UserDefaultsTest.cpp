@@ -57,7 +57,8 @@ void UserDefaultsTest::searchOrder()
                        PreferencesUser::Current, PreferencesHost::Any);
     QVERIFY(writer.appSynchronize(kApp));
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter center;
+    UserDefaults defaults(service, center);
     defaults.registerDefaults(
         {{u"everywhere"_s, registered}, {u"notInApp"_s, registered}, {u"onlyRegistered"_s, registered}});
     QCOMPARE(defaults.objectForKey(u"everywhere"_s), app);
@@ -96,7 +97,8 @@ void UserDefaultsTest::typedReadings()
     QFETCH(double, asDouble);
     QFETCH(QString, asString);
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter center;
+    UserDefaults defaults(service, center);
     if (value)
         defaults.setObject(*value, u"k"_s);
     QCOMPARE(defaults.boolForKey(u"k"_s), asBool);
@@ -129,13 +131,14 @@ void UserDefaultsTest::changeNotifications()
     QFETCH(Action, action);
     QFETCH(int, notices);
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter center;
+    UserDefaults defaults(service, center);
     defaults.setObject(PropertyList::integer(1), u"k"_s);
     defaults.registerDefaults({{u"r"_s, PropertyList::integer(1)}});
     int count = 0;
     QObject observer;
-    NotificationCenter::defaultCenter().addObserver(&observer, UserDefaults::kDidChangeNotification,
-                                                    [&count](const Notification &) { ++count; });
+    center.addObserver(&observer, UserDefaults::kDidChangeNotification,
+                       [&count](const Notification &) { ++count; });
     action(defaults);
     QCOMPARE(count, notices);
 }
@@ -145,7 +148,8 @@ void UserDefaultsTest::changeNotifications()
 void UserDefaultsTest::persistentDomains()
 {
     PreferencesService service;
-    UserDefaults defaults(service);
+    NotificationCenter center;
+    UserDefaults defaults(service, center);
     defaults.registerDefaults({{u"r"_s, PropertyList::integer(1)}, {u"b"_s, PropertyList::integer(1)}});
     defaults.registerDefaults({{u"b"_s, PropertyList::integer(2)}});
     QCOMPARE(defaults.volatileDomainForName(UserDefaults::kRegistrationDomain),
