@@ -32,9 +32,13 @@ PreferenceDomainFile::Stamp stampOf(const struct stat &info)
     return s;
 }
 
-// mkostemp replaces the X of its template with letters and digits.
-constexpr char kTemporarySuffix[] = ".XXXXXX";
-constexpr qsizetype kRandomLength = sizeof(kTemporarySuffix) - 2; // without the dot and the terminator
+// What follows a temporary file's "." and the file's name: a marker that no
+// file of a user's own is likely to carry, so that the clean-up below never
+// takes one for a dead writer's, and the letters and digits mkostemp puts in
+// place of the X.
+constexpr char kTemporaryMarker[] = ".orvane-";
+constexpr char kTemporarySuffix[] = ".orvane-XXXXXX";
+constexpr qsizetype kRandomLength = 6;
 
 bool isTemporaryName(const char *name, const QByteArray &prefix)
 {
@@ -211,11 +215,11 @@ QString PreferenceDomainFile::fileName() const
 
 // Every writer of this file makes its temporary file under the lock and renames
 // or removes it before letting go, so with the lock held any file named like
-// one is a dead writer's. Only the exact form is touched: the suffix mkostemp
-// makes, after this file's own name. Failing to remove one costs nothing.
+// one is a dead writer's. Only the exact form is touched: the marker and the
+// suffix mkostemp makes, after this file's own name. Failing to remove one costs nothing.
 void PreferenceDomainFile::removeAbandonedTemporaryFiles() const
 {
-    const QByteArray prefix = QFile::encodeName(QLatin1Char('.') + fileName()) + '.';
+    const QByteArray prefix = QFile::encodeName(QLatin1Char('.') + fileName()) + kTemporaryMarker;
     DIR *dir = ::opendir(QFile::encodeName(folderPath()).constData());
     if (!dir)
         return;

@@ -67,7 +67,7 @@ public:
     bool lock(mode_t mode, QString *error);
     void unlock();
 
-    // Writes bytes to a temporary file in the same folder (".<file name>.XXXXXX",
+    // Writes bytes to a temporary file in the same folder (".<file name>.orvane-XXXXXX",
     // hidden and not ending in ".plist", so a leftover from a crash is never
     // taken for a domain), gives it mode, flushes it to disk and renames it over
     // the file, so readers see the old or the new content and never a part. The

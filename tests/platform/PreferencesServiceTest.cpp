@@ -379,14 +379,15 @@ void PreferencesServiceTest::writeCutShortLeavesOldFile()
     };
     QCOMPARE(files(u".com.x.plist.*"_s).size(), killed ? 1 : 0);
     // Look-alikes that are not this domain's temporary files.
-    writeFile(prefs() + u"/.com.x.plist.old"_s, {});
-    writeFile(prefs() + u"/.com.y.plist.AbC123"_s, {});
+    writeFile(prefs() + u"/.com.x.plist.backup"_s, {});
+    writeFile(prefs() + u"/.com.y.plist.orvane-AbC123"_s, {});
     PreferencesService service;
     QCOMPARE(service.copyApplicationList(kUser, kAny), QStringList{u"com.x"_s});
     service.setValue(u"b"_s, integer(2), u"com.x"_s, kUser, kAny);
     QVERIFY(service.synchronize(u"com.x"_s, kUser, kAny));
     QCOMPARE(dictionaryIn(path), (PropertyDictionary{{u"a"_s, integer(1)}, {u"b"_s, integer(2)}}));
-    const QStringList clean{u".com.x.plist.old"_s, u".com.y.plist.AbC123"_s, u"com.x.plist"_s, u"com.x.plist.lock"_s};
+    const QStringList clean{u".com.x.plist.backup"_s, u".com.y.plist.orvane-AbC123"_s, u"com.x.plist"_s,
+                            u"com.x.plist.lock"_s};
     QCOMPARE(files(u"*"_s), clean);
 }
 
