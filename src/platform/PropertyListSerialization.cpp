@@ -56,18 +56,18 @@ ReadResult<PropertyListFile> PropertyListSerialization::read(const QByteArray &b
             continue;
         ReadResult<PropertyList> attempt = c.read(bytes);
         if (attempt)
-            return Result::success({attempt.value, c.format});
+            return Result::success({attempt.value, c.format}, attempt);
         if (c.format == PropertyListFormat::Xml && openStep) {
             ReadResult<PropertyList> fallback = openStep->read(bytes);
             if (fallback)
-                return Result::success({fallback.value, PropertyListFormat::OpenStep});
+                return Result::success({fallback.value, PropertyListFormat::OpenStep}, fallback);
         }
         return Result::failure(attempt);
     }
     if (openStep) {
         ReadResult<PropertyList> attempt = openStep->read(bytes);
         if (attempt)
-            return Result::success({attempt.value, PropertyListFormat::OpenStep});
+            return Result::success({attempt.value, PropertyListFormat::OpenStep}, attempt);
         return Result::failure(attempt);
     }
     return Result::failure(ReadStatus::BadHeader, {0},
