@@ -4,14 +4,15 @@
 #include "platform/StringReadings.h"
 
 #include <climits>
-#include <variant>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-using Failure = DefaultsTextParser::Failure;
-using Result = DefaultsTextParser::Result;
+using Entry = ReadResult<std::optional<DefaultsEntry>>;
+using Items = ReadResult<std::monostate>;
+// A value made from text: nothing when the text makes none and nothing is wrong.
+using CommandValue = ReadResult<std::optional<PropertyList>>;
 using WorkingText = DefaultsTextParser::WorkingText;
 
 // The command is recognised by this text, trailing blank included, in this case only.
@@ -129,18 +130,18 @@ std::optional<Flag> readFlag(WorkingText &working)
     return flag;
 }
 
-Failure failureAt(const WorkingText &working, qsizetype index, ReadStatus status, const QString &message)
+Items failureAt(const WorkingText &working, qsizetype index, ReadStatus status, const QString &message)
 {
-    return {status, working.sourcePositionOf(index), message};
+    return Items::failure(status, working.sourcePositionOf(index), message);
 }
 
-Failure blankFailure(const WorkingText &working, const QString &what)
+Items blankFailure(const WorkingText &working, const QString &what)
 {
     return failureAt(working, working.index(), ReadStatus::OutOfRange,
                      u"A blank stands where %1 should start"_s.arg(what));
 }
 
-Failure dateFailure(const WorkingText &working, qsizetype index, const QString &text)
+Items dateFailure(const WorkingText &working, qsizetype index, const QString &text)
 {
     return failureAt(working, index, ReadStatus::BadValue,
                      u"\"%1\" is not a date of the form YYYY-MM-DD HH:MM:SS \u00B1HHMM"_s.arg(text));
@@ -201,29 +202,21 @@ Made makeScalar(Flag flag, const QString &text, QStringView booleanText, Propert
     return Made::Skip;
 }
 
-Result noResult()
+Entry noResult()
 {
-    return Result{};
+    return Entry::success(std::nullopt);
 }
 
-Result errorResult(Failure failure)
-{
-    Result result;
-    result.outcome = DefaultsTextParser::Outcome::Error;
-    result.failure = std::move(failure);
-    return result;
-}
-
-// Reads the domain and the key; an Error or NoResult result when the command
+// Reads the domain and the key; a failure or no entry when the command
 // stops there.
-std::optional<Result> readDomainAndKey(WorkingText &working, QString &domain, QString &key)
+std::optional<Entry> readDomainAndKey(WorkingText &working, QString &domain, QString &key)
 {
     const Token domainToken = readToken(working.rest());
     if (domainToken.end == TokenEnd::LeadingSpace)
-        return errorResult(blankFailure(working, u"the domain"_s));
+        return Entry::failure(blankFailure(working, u"the domain"_s));
     if (domainToken.end == TokenEnd::NoEnd && domainToken.quoted)
-        return errorResult(failureAt(working, working.index(), ReadStatus::OutOfRange,
-                                     u"The domain's opening quote has no closing quote"_s));
+        return Entry::failure(failureAt(working, working.index(), ReadStatus::OutOfRange,
+                                        u"The domain's opening quote has no closing quote"_s));
     // A bare domain without an end takes the rest, which leaves no key.
     working.consume(domainToken.length);
     domain = domainToken.text;
@@ -233,11 +226,11 @@ std::optional<Result> readDomainAndKey(WorkingText &working, QString &domain, QS
     const Token keyToken = readToken(working.rest());
     switch (keyToken.end) {
     case TokenEnd::LeadingSpace:
-        return errorResult(blankFailure(working, u"the key"_s));
+        return Entry::failure(blankFailure(working, u"the key"_s));
     case TokenEnd::NoEnd:
-        return errorResult(failureAt(working, working.index(), ReadStatus::OutOfRange,
-                                     keyToken.quoted ? u"The key's opening quote has no closing quote"_s
-                                                     : u"Nothing follows the key"_s));
+        return Entry::failure(failureAt(working, working.index(), ReadStatus::OutOfRange,
+                                        keyToken.quoted ? u"The key's opening quote has no closing quote"_s
+                                                        : u"Nothing follows the key"_s));
     case TokenEnd::Found:
         break;
     }
@@ -249,22 +242,20 @@ std::optional<Result> readDomainAndKey(WorkingText &working, QString &domain, QS
 }
 
 // The command's value is the whole rest of the text, never a token.
-std::variant<PropertyList, Failure, std::monostate> makeCommandValue(Flag flag, WorkingText &working)
+CommandValue makeCommandValue(Flag flag, WorkingText &working)
 {
     const qsizetype valueIndex = working.index();
     QString text = working.rest().toString();
     switch (flag) {
     case Flag::Array: {
         PropertyArray array;
-        if (std::optional<Failure> failure = DefaultsTextParser::populateArray(array, working))
-            return *failure;
-        return PropertyList(array);
+        const Items items = DefaultsTextParser::populateArray(array, working);
+        return items ? CommandValue::success(PropertyList(array), items) : CommandValue::failure(items);
     }
     case Flag::Dictionary: {
         PropertyDictionary dictionary;
-        if (std::optional<Failure> failure = DefaultsTextParser::populateDict(dictionary, working))
-            return *failure;
-        return PropertyList(dictionary);
+        const Items items = DefaultsTextParser::populateDict(dictionary, working);
+        return items ? CommandValue::success(PropertyList(dictionary), items) : CommandValue::failure(items);
     }
     case Flag::Date:
         // Surrounding quotes go, without checking that the last unit is one.
@@ -282,13 +273,13 @@ std::variant<PropertyList, Failure, std::monostate> makeCommandValue(Flag flag, 
     PropertyList value;
     switch (makeScalar(flag, text, text, value)) {
     case Made::Value:
-        return value;
+        return CommandValue::success(value);
     case Made::Skip:
-        return std::monostate();
+        return CommandValue::success(std::nullopt);
     case Made::BadDate:
-        return dateFailure(working, valueIndex, text);
+        return CommandValue::failure(dateFailure(working, valueIndex, text));
     }
-    return std::monostate();
+    return CommandValue::success(std::nullopt);
 }
 
 } // namespace
@@ -313,15 +304,7 @@ SourcePosition DefaultsTextParser::WorkingText::sourcePositionOf(qsizetype index
     return position;
 }
 
-QString DefaultsTextParser::Result::errorText() const
-{
-    if (outcome != Outcome::Error)
-        return QString();
-    return failure.position.isKnown() ? failure.message + u" ("_s + failure.position.toString() + u')'
-                                      : failure.message;
-}
-
-DefaultsTextParser::Result DefaultsTextParser::dictionaryFromDefaultsString(const QString &text)
+ReadResult<std::optional<DefaultsEntry>> DefaultsTextParser::dictionaryFromDefaultsString(const QString &text)
 {
     const qsizetype cut = text.indexOf(kCommandPrefix);
     if (cut < 0)
@@ -336,7 +319,7 @@ DefaultsTextParser::Result DefaultsTextParser::dictionaryFromDefaultsString(cons
 
     QString domain;
     QString key;
-    if (std::optional<Result> stopped = readDomainAndKey(working, domain, key))
+    if (std::optional<Entry> stopped = readDomainAndKey(working, domain, key))
         return std::move(*stopped);
 
     // In the command a flag with no blank after it is the rest of the text.
@@ -348,21 +331,18 @@ DefaultsTextParser::Result DefaultsTextParser::dictionaryFromDefaultsString(cons
     if (working.isEmpty() && isScalar(*flag))
         return noResult();
 
-    auto made = makeCommandValue(*flag, working);
-    if (Failure *failure = std::get_if<Failure>(&made))
-        return errorResult(std::move(*failure));
-    const PropertyList *value = std::get_if<PropertyList>(&made);
-    if (!value)
+    const CommandValue made = makeCommandValue(*flag, working);
+    if (!made)
+        return Entry::failure(made);
+    if (!made.value)
         return noResult();
-    Result result;
-    result.outcome = Outcome::Entry;
-    result.domain = domain;
-    result.dictionary.insert(key, *value);
-    return result;
+    DefaultsEntry entry{domain, {}};
+    entry.dictionary.insert(key, *made.value);
+    return Entry::success(std::move(entry), made);
 }
 
-std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateDict(PropertyDictionary &dictionary,
-                                                                            WorkingText &working)
+ReadResult<std::monostate> DefaultsTextParser::populateDict(PropertyDictionary &dictionary,
+                                                            WorkingText &working)
 {
     while (!working.isEmpty()) {
         // A key is always a token, never a flag: "-x" is a key here.
@@ -370,20 +350,20 @@ std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateDict(Prop
         if (key.end == TokenEnd::LeadingSpace)
             return blankFailure(working, u"a dictionary key"_s);
         if (key.end == TokenEnd::NoEnd)
-            return std::nullopt; // a key with nothing after it is dropped
+            return {}; // a key with nothing after it is dropped
         working.consume(key.length);
         if (working.isEmpty())
-            return std::nullopt;
+            return {};
         const std::optional<Flag> flag = readFlag(working);
         if (!flag || working.isEmpty())
-            return std::nullopt;
+            return {};
 
         const qsizetype valueIndex = working.index();
         const Token value = readToken(working.rest());
         if (value.end == TokenEnd::LeadingSpace)
             return blankFailure(working, u"a dictionary value"_s);
         if (value.end == TokenEnd::NoEnd && value.quoted)
-            return std::nullopt;
+            return {};
         working.consume(value.length);
         PropertyList item;
         switch (makeScalar(*flag, value.text, working.rest(), item)) {
@@ -396,16 +376,15 @@ std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateDict(Prop
             return dateFailure(working, valueIndex, value.text);
         }
     }
-    return std::nullopt;
+    return {};
 }
 
-std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateArray(PropertyArray &array,
-                                                                             WorkingText &working)
+ReadResult<std::monostate> DefaultsTextParser::populateArray(PropertyArray &array, WorkingText &working)
 {
     while (!working.isEmpty()) {
         const std::optional<Flag> flag = readFlag(working);
         if (!flag || working.isEmpty())
-            return std::nullopt;
+            return {};
         const qsizetype itemIndex = working.index();
         // An item without an end, quoted or not, is the rest of the text.
         const Token token = readToken(working.rest());
@@ -423,5 +402,5 @@ std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateArray(Pro
             return dateFailure(working, itemIndex, token.text);
         }
     }
-    return std::nullopt;
+    return {};
 }

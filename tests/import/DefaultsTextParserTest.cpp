@@ -12,7 +12,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Outcome = DefaultsTextParser::Outcome;
+// What a row expects: an entry, no entry, or a failure.
+enum class Outcome { Entry, NoResult, Error };
+using Result = ReadResult<std::optional<DefaultsEntry>>;
+
+Outcome outcomeOf(const Result &result)
+{
+    return !result ? Outcome::Error : result.value ? Outcome::Entry : Outcome::NoResult;
+}
 
 PropertyList str(const QString &text) { return PropertyList(text); }
 PropertyList i32(qint64 value) { return PropertyList::integer(value, 'i'); }
@@ -61,31 +68,30 @@ void checkRow()
 {
     QFETCH(QString, text);
     QFETCH(int, outcome);
-    const DefaultsTextParser::Result result = DefaultsTextParser::dictionaryFromDefaultsString(text);
-    QCOMPARE(int(result.outcome), outcome);
-    switch (result.outcome) {
+    const Result result = DefaultsTextParser::dictionaryFromDefaultsString(text);
+    QCOMPARE(int(outcomeOf(result)), outcome);
+    switch (outcomeOf(result)) {
     case Outcome::Entry: {
         QFETCH(QString, domain);
         QFETCH(QString, key);
         QFETCH(PropertyList, value);
-        QCOMPARE(result.domain, domain);
-        QCOMPARE(result.dictionary.size(), 1);
-        QCOMPARE(result.dictionary.keyAt(0), key);
-        const PropertyList &read = result.dictionary.valueAt(0);
+        QCOMPARE(result.value->domain, domain);
+        QCOMPARE(result.value->dictionary.size(), 1);
+        QCOMPARE(result.value->dictionary.keyAt(0), key);
+        const PropertyList &read = result.value->dictionary.valueAt(0);
         QVERIFY2(read.isIdenticalTo(value), qPrintable(read.description() + u" is not "_s + value.description()));
         break;
     }
     case Outcome::NoResult:
-        QVERIFY(result.dictionary.isEmpty());
         break;
     case Outcome::Error: {
         QFETCH(int, status);
         QFETCH(int, line);
         QFETCH(int, column);
-        QCOMPARE(int(result.failure.status), status);
-        QCOMPARE(result.failure.position.line, line);
-        QCOMPARE(result.failure.position.column, column);
-        QVERIFY(!result.failure.message.isEmpty());
+        QCOMPARE(int(result.status), status);
+        QCOMPARE(result.position.line, line);
+        QCOMPARE(result.position.column, column);
+        QVERIFY(!result.message.isEmpty());
         QVERIFY(result.errorText().contains(u"column %1"_s.arg(column)));
         break;
     }
@@ -198,16 +204,16 @@ void DefaultsTextParserTest::listReadersAppendToWhatIsThere()
 {
     PropertyArray array{str(u"old"_s)};
     DefaultsTextParser::WorkingText items(u"a -int 2"_s);
-    QVERIFY(!DefaultsTextParser::populateArray(array, items));
+    QVERIFY(DefaultsTextParser::populateArray(array, items));
     QVERIFY(array == PropertyArray({str(u"old"_s), str(u"a"_s), i32(2)}));
     QVERIFY(items.isEmpty());
 
     PropertyDictionary dictionary{{u"a"_s, str(u"old"_s)}, {u"b"_s, str(u"kept"_s)}};
     DefaultsTextParser::WorkingText entries(u"a new c -date x"_s);
-    const std::optional<DefaultsTextParser::Failure> failure = DefaultsTextParser::populateDict(dictionary, entries);
-    QVERIFY(failure);
-    QCOMPARE(failure->status, ReadStatus::BadValue);
-    QCOMPARE(failure->position.column, 15);
+    const ReadResult<std::monostate> failure = DefaultsTextParser::populateDict(dictionary, entries);
+    QVERIFY(!failure);
+    QCOMPARE(failure.status, ReadStatus::BadValue);
+    QCOMPARE(failure.position.column, 15);
     // What was read before the failure is in the dictionary; the caller drops it all.
     QVERIFY(dictionary == PropertyDictionary({{u"a"_s, str(u"new"_s)}, {u"b"_s, str(u"kept"_s)}}));
 }
@@ -229,11 +235,11 @@ void DefaultsTextParserTest::everyCorpusLineReads()
     QVERIFY(lines.size() > 600);
     int entries = 0;
     for (const QString &line : lines) {
-        const DefaultsTextParser::Result result = DefaultsTextParser::dictionaryFromDefaultsString(line);
-        const bool isEntry = result.outcome == Outcome::Entry;
+        const Result result = DefaultsTextParser::dictionaryFromDefaultsString(line);
+        const bool isEntry = outcomeOf(result) == Outcome::Entry;
         entries += isEntry ? 1 : 0;
-        QVERIFY2(result.dictionary.size() == (isEntry ? 1 : 0), qPrintable(line));
-        QVERIFY2(result.outcome != Outcome::Error || !result.failure.message.isEmpty(), qPrintable(line));
+        QVERIFY2(!isEntry || result.value->dictionary.size() == 1, qPrintable(line));
+        QVERIFY2(result || !result.message.isEmpty(), qPrintable(line));
     }
     // Most real lines are plain, well-formed commands.
     QVERIFY2(entries > lines.size() / 2, qPrintable(QString::number(entries)));
