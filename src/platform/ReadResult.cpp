@@ -16,6 +16,21 @@ QString SourcePosition::toString() const
     return parts.join(QStringLiteral(", "));
 }
 
+QString quotedForMessage(QStringView text)
+{
+    constexpr qsizetype kShown = 40;
+    QString out(1, u'"');
+    for (const QChar c : text.first(qMin(text.size(), kShown))) {
+        if (c.unicode() < 0x20 || c.unicode() == 0x7F)
+            out += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            out += c;
+    }
+    if (text.size() > kShown)
+        out += QChar(0x2026); // an ellipsis
+    return out + u'"';
+}
+
 void ReadWarnings::add(ReadWarning::Kind kind, SourcePosition where, QString message)
 {
     if (wantsMore())

@@ -38,6 +38,10 @@ struct SourcePosition {
     QString toString() const;
 };
 
+// Text quoted for a message: shortened, so that a broken 4 MB string stays
+// readable, and with control characters spelt out so the message stays one line.
+QString quotedForMessage(QStringView text);
+
 // Something a reader resolved on its own where it could have refused the input:
 // the value read is what the platform reads too, but the user may want to know
 // that the file says more, or other, than the value shows.
