@@ -59,8 +59,13 @@ ReadResult<PropertyListFile> PropertyListSerialization::read(const QByteArray &b
             return Result::success({attempt.value, c.format}, attempt);
         if (c.format == PropertyListFormat::Xml && openStep) {
             ReadResult<PropertyList> fallback = openStep->read(bytes);
-            if (fallback)
+            if (fallback) {
+                // Text that looked like markup but is old-style text is worth a word: it may be broken XML.
+                fallback.warnings.prepend({ReadWarning::Kind::Reinterpreted, attempt.position,
+                                           QStringLiteral("The text is not XML (%1); it is read as old-style text")
+                                               .arg(attempt.message)});
                 return Result::success({fallback.value, PropertyListFormat::OpenStep}, fallback);
+            }
         }
         return Result::failure(attempt);
     }
