@@ -1,4 +1,5 @@
 #include "DefaultsTextParser.h"
+#include "DefaultsScalarNotes.h"
 
 #include "platform/OpenStepPropertyListReader.h"
 #include "platform/StringReadings.h"
@@ -202,6 +203,62 @@ Made makeScalar(Flag flag, const QString &text, QStringView booleanText, Propert
     return Made::Skip;
 }
 
+ReadWarning note(ReadWarning::Kind kind, const QString &message)
+{
+    return {kind, SourcePosition(), message};
+}
+
+// A warning gets its place only while more are kept: finding a line and column walks the text.
+void addNote(ReadWarnings &warnings, const WorkingText &working, qsizetype index, const ReadWarning &what)
+{
+    const bool placed = warnings.wantsMore();
+    warnings.add(what.kind, placed ? working.sourcePositionOf(index) : SourcePosition(), what.message);
+}
+
+// What the reading of a scalar made of its text where it did not take it as written.
+std::optional<ReadWarning> coercionNote(Flag flag, const QString &text, QStringView booleanText,
+                                        const PropertyList &value)
+{
+    switch (flag) {
+    case Flag::Integer:
+        return DefaultsScalarNotes::integer(text, int(value.toInteger()));
+    case Flag::Real:
+        return DefaultsScalarNotes::real(text, value.toReal());
+    case Flag::Boolean:
+        return DefaultsScalarNotes::boolean(text, booleanText, value.toBool());
+    case Flag::String:
+    case Flag::Date:
+    case Flag::Data:
+    case Flag::Array:
+    case Flag::Dictionary:
+    case Flag::Unknown:
+        break;
+    }
+    return std::nullopt;
+}
+
+// Why a list leaves an item out.
+ReadWarning skippedNote(Flag flag, const QString &text)
+{
+    const QString quoted = quotedForMessage(text);
+    switch (flag) {
+    case Flag::Data:
+        return note(ReadWarning::Kind::Dropped, u"%1 is not hex data; the item is left out"_s.arg(quoted));
+    case Flag::Array:
+    case Flag::Dictionary:
+        return note(ReadWarning::Kind::Dropped, u"Lists do not nest; the item %1 is left out"_s.arg(quoted));
+    case Flag::String:
+    case Flag::Integer:
+    case Flag::Real:
+    case Flag::Boolean:
+    case Flag::Date:
+    case Flag::Unknown:
+        break;
+    }
+    return note(ReadWarning::Kind::Dropped,
+                u"The item %1 follows an unknown type flag; it is left out"_s.arg(quoted));
+}
+
 Entry noResult()
 {
     return Entry::success(std::nullopt);
@@ -241,6 +298,67 @@ std::optional<Entry> readDomainAndKey(WorkingText &working, QString &domain, QSt
     return std::nullopt;
 }
 
+ReadWarning keyWithoutValue(const Token &key)
+{
+    const bool unclosed = key.end == TokenEnd::NoEnd && key.quoted;
+    const QString what = unclosed ? u"The quoted key %1 has no closing quote"_s : u"The key %1 has no value"_s;
+    return note(ReadWarning::Kind::Dropped, what.arg(quotedForMessage(key.text)) + u"; it is left out"_s);
+}
+
+// The entries of -dict/-dict-add into an empty dictionary: a later key
+// replaces an earlier one, with a warning.
+Items readEntries(PropertyDictionary &dictionary, WorkingText &working, ReadWarnings &warnings)
+{
+    while (!working.isEmpty()) {
+        // A key is always a token, never a flag: "-x" is a key here.
+        const qsizetype keyIndex = working.index();
+        const Token key = readToken(working.rest());
+        if (key.end == TokenEnd::LeadingSpace)
+            return blankFailure(working, u"a dictionary key"_s);
+        const bool keyEnds = key.end == TokenEnd::Found;
+        if (keyEnds)
+            working.consume(key.length);
+        const std::optional<Flag> flag = keyEnds && !working.isEmpty() ? readFlag(working) : std::nullopt;
+        if (!flag || working.isEmpty()) {
+            addNote(warnings, working, keyIndex, keyWithoutValue(key));
+            return {};
+        }
+        const qsizetype valueIndex = working.index();
+        const Token value = readToken(working.rest());
+        if (value.end == TokenEnd::LeadingSpace)
+            return blankFailure(working, u"a dictionary value"_s);
+        if (value.end == TokenEnd::NoEnd && value.quoted) {
+            const QString message = u"The value of the key %1 has no closing quote; the key is left out"_s;
+            addNote(warnings, working, keyIndex,
+                    note(ReadWarning::Kind::Dropped, message.arg(quotedForMessage(key.text))));
+            return {};
+        }
+        working.consume(value.length);
+        PropertyList item;
+        switch (makeScalar(*flag, value.text, working.rest(), item)) {
+        case Made::Value: {
+            const qsizetype before = dictionary.size();
+            dictionary.insert(key.text, item);
+            if (dictionary.size() == before) {
+                const QString message = u"The key %1 occurs again; its last value is kept"_s;
+                addNote(warnings, working, keyIndex,
+                        note(ReadWarning::Kind::DuplicateKey, message.arg(quotedForMessage(key.text))));
+            }
+            const std::optional<ReadWarning> coerced = coercionNote(*flag, value.text, working.rest(), item);
+            if (coerced)
+                addNote(warnings, working, valueIndex, *coerced);
+            break;
+        }
+        case Made::Skip:
+            addNote(warnings, working, valueIndex, skippedNote(*flag, value.text));
+            break;
+        case Made::BadDate:
+            return dateFailure(working, valueIndex, value.text);
+        }
+    }
+    return {};
+}
+
 // The command's value is the whole rest of the text, never a token.
 CommandValue makeCommandValue(Flag flag, WorkingText &working)
 {
@@ -272,8 +390,12 @@ CommandValue makeCommandValue(Flag flag, WorkingText &working)
     }
     PropertyList value;
     switch (makeScalar(flag, text, text, value)) {
-    case Made::Value:
-        return CommandValue::success(value);
+    case Made::Value: {
+        ReadWarnings warnings;
+        if (const std::optional<ReadWarning> coerced = coercionNote(flag, text, text, value))
+            addNote(warnings, working, valueIndex, *coerced);
+        return CommandValue::success(value, warnings.take());
+    }
     case Made::Skip:
         return CommandValue::success(std::nullopt);
     case Made::BadDate:
@@ -344,47 +466,32 @@ ReadResult<std::optional<DefaultsEntry>> DefaultsTextParser::dictionaryFromDefau
 ReadResult<std::monostate> DefaultsTextParser::populateDict(PropertyDictionary &dictionary,
                                                             WorkingText &working)
 {
-    while (!working.isEmpty()) {
-        // A key is always a token, never a flag: "-x" is a key here.
-        const Token key = readToken(working.rest());
-        if (key.end == TokenEnd::LeadingSpace)
-            return blankFailure(working, u"a dictionary key"_s);
-        if (key.end == TokenEnd::NoEnd)
-            return {}; // a key with nothing after it is dropped
-        working.consume(key.length);
-        if (working.isEmpty())
-            return {};
-        const std::optional<Flag> flag = readFlag(working);
-        if (!flag || working.isEmpty())
-            return {};
-
-        const qsizetype valueIndex = working.index();
-        const Token value = readToken(working.rest());
-        if (value.end == TokenEnd::LeadingSpace)
-            return blankFailure(working, u"a dictionary value"_s);
-        if (value.end == TokenEnd::NoEnd && value.quoted)
-            return {};
-        working.consume(value.length);
-        PropertyList item;
-        switch (makeScalar(*flag, value.text, working.rest(), item)) {
-        case Made::Value:
-            dictionary.insert(key.text, item);
-            break;
-        case Made::Skip:
-            break;
-        case Made::BadDate:
-            return dateFailure(working, valueIndex, value.text);
-        }
+    // Read into a dictionary of its own, so that a key the text repeats is told
+    // from one that was there before.
+    PropertyDictionary read;
+    ReadWarnings warnings;
+    Items result = readEntries(read, working, warnings);
+    if (dictionary.isEmpty()) {
+        dictionary = read;
+    } else {
+        for (qsizetype index = 0; index < read.size(); ++index)
+            dictionary.insert(read.keyAt(index), read.valueAt(index));
     }
-    return {};
+    result.warnings = warnings.take();
+    return result;
 }
 
 ReadResult<std::monostate> DefaultsTextParser::populateArray(PropertyArray &array, WorkingText &working)
 {
+    ReadWarnings warnings;
     while (!working.isEmpty()) {
+        const qsizetype flagIndex = working.index();
         const std::optional<Flag> flag = readFlag(working);
-        if (!flag || working.isEmpty())
-            return {};
+        if (!flag || working.isEmpty()) {
+            const QString message = u"A type flag ends the list without an item; it is left out"_s;
+            addNote(warnings, working, flagIndex, note(ReadWarning::Kind::Dropped, message));
+            break;
+        }
         const qsizetype itemIndex = working.index();
         // An item without an end, quoted or not, is the rest of the text.
         const Token token = readToken(working.rest());
@@ -393,14 +500,19 @@ ReadResult<std::monostate> DefaultsTextParser::populateArray(PropertyArray &arra
         working.consume(token.length);
         PropertyList item;
         switch (makeScalar(*flag, token.text, working.rest(), item)) {
-        case Made::Value:
+        case Made::Value: {
             array.append(item);
+            const std::optional<ReadWarning> coerced = coercionNote(*flag, token.text, working.rest(), item);
+            if (coerced)
+                addNote(warnings, working, itemIndex, *coerced);
             break;
+        }
         case Made::Skip:
+            addNote(warnings, working, itemIndex, skippedNote(*flag, token.text));
             break;
         case Made::BadDate:
             return dateFailure(working, itemIndex, token.text);
         }
     }
-    return {};
+    return Items::success({}, warnings.take());
 }

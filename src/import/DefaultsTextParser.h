@@ -57,7 +57,9 @@ public:
     // nothing to report); or a failure, after which the whole drop or paste must
     // be abandoned: OutOfRange for a token that has no end or starts with a
     // blank, BadValue for a date that cannot be read. Positions are lines and
-    // columns (1-based, UTF-16 units) of the text given here. Never changes text.
+    // columns (1-based, UTF-16 units) of the text given here. An entry's
+    // warnings name what was not taken as written: a repeated key, a value the
+    // platform's reading changes, a list item or key left out. Never changes text.
     [[nodiscard]] static ReadResult<std::optional<DefaultsEntry>>
     dictionaryFromDefaultsString(const QString &text);
     // The items after -dict/-dict-add: key [-type] value ... A later key replaces
