@@ -5,14 +5,23 @@
 
 namespace {
 
-using Outcome = DefaultsTextParser::Outcome;
+using Result = ReadResult<std::optional<DefaultsEntry>>;
 
-bool sameResult(const DefaultsTextParser::Result &a, const DefaultsTextParser::Result &b)
+bool sameResult(const Result &a, const Result &b)
 {
-    return a.outcome == b.outcome && a.domain == b.domain
-        && PropertyList(a.dictionary).isIdenticalTo(PropertyList(b.dictionary)) && a.failure.status == b.failure.status
-        && a.failure.position.line == b.failure.position.line
-        && a.failure.position.column == b.failure.position.column && a.failure.message == b.failure.message;
+    if (a.value.has_value() != b.value.has_value() || a.status != b.status || a.position != b.position
+        || a.message != b.message || a.warnings != b.warnings)
+        return false;
+    return !a.value
+        || (a.value->domain == b.value->domain
+            && PropertyList(a.value->dictionary).isIdenticalTo(PropertyList(b.value->dictionary)));
+}
+
+// A place inside the text: lines and columns counted from 1.
+bool isInside(const SourcePosition &where, const QString &text)
+{
+    return where.line >= 1 && where.column >= 1 && where.line <= text.count(u'\n') + 1
+        && where.column <= text.size() + 1;
 }
 
 // The parser never nests: a list holds scalars only.
@@ -52,28 +61,25 @@ void checkWritable(const PropertyList &value)
 
 void check(const QString &text)
 {
-    const DefaultsTextParser::Result result = DefaultsTextParser::dictionaryFromDefaultsString(text);
+    const Result result = DefaultsTextParser::dictionaryFromDefaultsString(text);
     if (!sameResult(result, DefaultsTextParser::dictionaryFromDefaultsString(text)))
         std::abort(); // the same drop must always mean the same thing
-    switch (result.outcome) {
-    case Outcome::Entry:
-        if (result.dictionary.size() != 1 || !holdsOnlyScalars(result.dictionary.valueAt(0)))
+    for (const ReadWarning &warning : result.warnings) {
+        const bool placed = warning.kind == ReadWarning::Kind::More || isInside(warning.position, text);
+        if (warning.message.isEmpty() || !placed)
             std::abort();
-        checkWritable(PropertyList(result.dictionary));
-        break;
-    case Outcome::NoResult:
-        if (!result.dictionary.isEmpty())
-            std::abort();
-        break;
-    case Outcome::Error: {
-        const SourcePosition &where = result.failure.position;
-        const bool knownStatus =
-            result.failure.status == ReadStatus::OutOfRange || result.failure.status == ReadStatus::BadValue;
-        if (!knownStatus || result.failure.message.isEmpty() || where.line < 1 || where.column < 1
-            || where.line > text.count(u'\n') + 1 || where.column > text.size() + 1 || !result.dictionary.isEmpty())
-            std::abort();
-        break;
     }
+    if (!result) {
+        const bool knownStatus = result.status == ReadStatus::OutOfRange || result.status == ReadStatus::BadValue;
+        if (!knownStatus || result.message.isEmpty() || !isInside(result.position, text) || result.value)
+            std::abort();
+        return;
+    }
+    if (result.value) {
+        const PropertyDictionary &dictionary = result.value->dictionary;
+        if (dictionary.size() != 1 || !holdsOnlyScalars(dictionary.valueAt(0)))
+            std::abort();
+        checkWritable(PropertyList(dictionary));
     }
 }
 

@@ -60,24 +60,20 @@ QString indentedDescription(const PropertyList &value)
 }
 
 // One record: "N: entry DOMAIN KEY CLASS VALUE", "N: no result" or "N: error: …".
-QString record(int number, const DefaultsTextParser::Result &result, bool wholeText)
+QString record(int number, const ReadResult<std::optional<DefaultsEntry>> &result, bool wholeText)
 {
     const QString start = QString::number(number) + u": "_s;
-    switch (result.outcome) {
-    case DefaultsTextParser::Outcome::Entry: {
-        const PropertyList &value = result.dictionary.valueAt(0);
-        return start + u"entry "_s + quoted(result.domain) + u' ' + quoted(result.dictionary.keyAt(0)) + u' '
-            + PropertyListTreeModel::className(value) + u' ' + indentedDescription(value);
-    }
-    case DefaultsTextParser::Outcome::NoResult:
-        return start + u"no result"_s;
-    case DefaultsTextParser::Outcome::Error:
+    if (!result) {
         // A line on its own is always line 1 of its text; the column is what helps.
         return start + u"error: "_s
-            + (wholeText ? result.errorText()
-                         : u"%1 (column %2)"_s.arg(result.failure.message).arg(result.failure.position.column));
+            + (wholeText ? result.errorText() : u"%1 (column %2)"_s.arg(result.message).arg(result.position.column));
     }
-    return start;
+    if (!result.value)
+        return start + u"no result"_s;
+    const DefaultsEntry &entry = *result.value;
+    const PropertyList &value = entry.dictionary.valueAt(0);
+    return start + u"entry "_s + quoted(entry.domain) + u' ' + quoted(entry.dictionary.keyAt(0)) + u' '
+        + PropertyListTreeModel::className(value) + u' ' + indentedDescription(value);
 }
 
 bool isSkipped(const QString &line)

@@ -146,6 +146,7 @@ ReadResult<DocumentContent> readFromFile(const QString &path, const QString &typ
     if (type != kDocumentType)
         return openFailure(path, ReadStatus::Unsupported, QStringLiteral("“%1” is not a known document type").arg(type));
     DocumentContent content;
+    QList<ReadWarning> warnings;
     if (auto stored = storedDictionary(path, store)) {
         content.value = PropertyList(*stored);
         content.loadedByUserDefaults = true;
@@ -157,9 +158,10 @@ ReadResult<DocumentContent> readFromFile(const QString &path, const QString &typ
             return openFailure(path, ReadStatus::BadValue,
                                QStringLiteral("its top level is neither a dictionary nor an array"));
         content.value = file.value.value;
+        warnings = file.warnings;
     }
     content.canEditPlist = QFileInfo(path).isWritable();
-    return ReadResult<DocumentContent>::success(std::move(content));
+    return ReadResult<DocumentContent>::success(std::move(content), std::move(warnings));
 }
 
 QString writeToFile(const PropertyList &value, const QString &path)

@@ -67,7 +67,8 @@ struct DocumentContent {
 
 // Opens a document: the registration domain from the defaults, a domain from
 // the store (synchronised first), else the file as a dictionary or an array.
-// A failure names the file and says why.
+// A failure names the file and says why. A file read directly brings its
+// reader's warnings; a domain from the store brings none.
 ReadResult<DocumentContent> readFromFile(const QString &path, const QString &type, Store store);
 
 // Writes a dictionary or an array as an XML property list, atomically: the old

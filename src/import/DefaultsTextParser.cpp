@@ -1,17 +1,19 @@
 #include "DefaultsTextParser.h"
+#include "DefaultsScalarNotes.h"
 
 #include "platform/OpenStepPropertyListReader.h"
 #include "platform/StringReadings.h"
 
 #include <climits>
-#include <variant>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-using Failure = DefaultsTextParser::Failure;
-using Result = DefaultsTextParser::Result;
+using Entry = ReadResult<std::optional<DefaultsEntry>>;
+using Items = ReadResult<std::monostate>;
+// A value made from text: nothing when the text makes none and nothing is wrong.
+using CommandValue = ReadResult<std::optional<PropertyList>>;
 using WorkingText = DefaultsTextParser::WorkingText;
 
 // The command is recognised by this text, trailing blank included, in this case only.
@@ -129,18 +131,18 @@ std::optional<Flag> readFlag(WorkingText &working)
     return flag;
 }
 
-Failure failureAt(const WorkingText &working, qsizetype index, ReadStatus status, const QString &message)
+Items failureAt(const WorkingText &working, qsizetype index, ReadStatus status, const QString &message)
 {
-    return {status, working.sourcePositionOf(index), message};
+    return Items::failure(status, working.sourcePositionOf(index), message);
 }
 
-Failure blankFailure(const WorkingText &working, const QString &what)
+Items blankFailure(const WorkingText &working, const QString &what)
 {
     return failureAt(working, working.index(), ReadStatus::OutOfRange,
                      u"A blank stands where %1 should start"_s.arg(what));
 }
 
-Failure dateFailure(const WorkingText &working, qsizetype index, const QString &text)
+Items dateFailure(const WorkingText &working, qsizetype index, const QString &text)
 {
     return failureAt(working, index, ReadStatus::BadValue,
                      u"\"%1\" is not a date of the form YYYY-MM-DD HH:MM:SS \u00B1HHMM"_s.arg(text));
@@ -201,29 +203,77 @@ Made makeScalar(Flag flag, const QString &text, QStringView booleanText, Propert
     return Made::Skip;
 }
 
-Result noResult()
+ReadWarning note(ReadWarning::Kind kind, const QString &message)
 {
-    return Result{};
+    return {kind, SourcePosition(), message};
 }
 
-Result errorResult(Failure failure)
+// A warning gets its place only while more are kept: finding a line and column walks the text.
+void addNote(ReadWarnings &warnings, const WorkingText &working, qsizetype index, const ReadWarning &what)
 {
-    Result result;
-    result.outcome = DefaultsTextParser::Outcome::Error;
-    result.failure = std::move(failure);
-    return result;
+    const bool placed = warnings.wantsMore();
+    warnings.add(what.kind, placed ? working.sourcePositionOf(index) : SourcePosition(), what.message);
 }
 
-// Reads the domain and the key; an Error or NoResult result when the command
+// What the reading of a scalar made of its text where it did not take it as written.
+std::optional<ReadWarning> coercionNote(Flag flag, const QString &text, QStringView booleanText,
+                                        const PropertyList &value)
+{
+    switch (flag) {
+    case Flag::Integer:
+        return DefaultsScalarNotes::integer(text, int(value.toInteger()));
+    case Flag::Real:
+        return DefaultsScalarNotes::real(text, value.toReal());
+    case Flag::Boolean:
+        return DefaultsScalarNotes::boolean(text, booleanText, value.toBool());
+    case Flag::String:
+    case Flag::Date:
+    case Flag::Data:
+    case Flag::Array:
+    case Flag::Dictionary:
+    case Flag::Unknown:
+        break;
+    }
+    return std::nullopt;
+}
+
+// Why a list leaves an item out.
+ReadWarning skippedNote(Flag flag, const QString &text)
+{
+    const QString quoted = quotedForMessage(text);
+    switch (flag) {
+    case Flag::Data:
+        return note(ReadWarning::Kind::Dropped, u"%1 is not hex data; the item is left out"_s.arg(quoted));
+    case Flag::Array:
+    case Flag::Dictionary:
+        return note(ReadWarning::Kind::Dropped, u"Lists do not nest; the item %1 is left out"_s.arg(quoted));
+    case Flag::String:
+    case Flag::Integer:
+    case Flag::Real:
+    case Flag::Boolean:
+    case Flag::Date:
+    case Flag::Unknown:
+        break;
+    }
+    return note(ReadWarning::Kind::Dropped,
+                u"The item %1 follows an unknown type flag; it is left out"_s.arg(quoted));
+}
+
+Entry noResult()
+{
+    return Entry::success(std::nullopt);
+}
+
+// Reads the domain and the key; a failure or no entry when the command
 // stops there.
-std::optional<Result> readDomainAndKey(WorkingText &working, QString &domain, QString &key)
+std::optional<Entry> readDomainAndKey(WorkingText &working, QString &domain, QString &key)
 {
     const Token domainToken = readToken(working.rest());
     if (domainToken.end == TokenEnd::LeadingSpace)
-        return errorResult(blankFailure(working, u"the domain"_s));
+        return Entry::failure(blankFailure(working, u"the domain"_s));
     if (domainToken.end == TokenEnd::NoEnd && domainToken.quoted)
-        return errorResult(failureAt(working, working.index(), ReadStatus::OutOfRange,
-                                     u"The domain's opening quote has no closing quote"_s));
+        return Entry::failure(failureAt(working, working.index(), ReadStatus::OutOfRange,
+                                        u"The domain's opening quote has no closing quote"_s));
     // A bare domain without an end takes the rest, which leaves no key.
     working.consume(domainToken.length);
     domain = domainToken.text;
@@ -233,11 +283,11 @@ std::optional<Result> readDomainAndKey(WorkingText &working, QString &domain, QS
     const Token keyToken = readToken(working.rest());
     switch (keyToken.end) {
     case TokenEnd::LeadingSpace:
-        return errorResult(blankFailure(working, u"the key"_s));
+        return Entry::failure(blankFailure(working, u"the key"_s));
     case TokenEnd::NoEnd:
-        return errorResult(failureAt(working, working.index(), ReadStatus::OutOfRange,
-                                     keyToken.quoted ? u"The key's opening quote has no closing quote"_s
-                                                     : u"Nothing follows the key"_s));
+        return Entry::failure(failureAt(working, working.index(), ReadStatus::OutOfRange,
+                                        keyToken.quoted ? u"The key's opening quote has no closing quote"_s
+                                                        : u"Nothing follows the key"_s));
     case TokenEnd::Found:
         break;
     }
@@ -248,23 +298,82 @@ std::optional<Result> readDomainAndKey(WorkingText &working, QString &domain, QS
     return std::nullopt;
 }
 
+ReadWarning keyWithoutValue(const Token &key)
+{
+    const bool unclosed = key.end == TokenEnd::NoEnd && key.quoted;
+    const QString what = unclosed ? u"The quoted key %1 has no closing quote"_s : u"The key %1 has no value"_s;
+    return note(ReadWarning::Kind::Dropped, what.arg(quotedForMessage(key.text)) + u"; it is left out"_s);
+}
+
+// The entries of -dict/-dict-add into an empty dictionary: a later key
+// replaces an earlier one, with a warning.
+Items readEntries(PropertyDictionary &dictionary, WorkingText &working, ReadWarnings &warnings)
+{
+    while (!working.isEmpty()) {
+        // A key is always a token, never a flag: "-x" is a key here.
+        const qsizetype keyIndex = working.index();
+        const Token key = readToken(working.rest());
+        if (key.end == TokenEnd::LeadingSpace)
+            return blankFailure(working, u"a dictionary key"_s);
+        const bool keyEnds = key.end == TokenEnd::Found;
+        if (keyEnds)
+            working.consume(key.length);
+        const std::optional<Flag> flag = keyEnds && !working.isEmpty() ? readFlag(working) : std::nullopt;
+        if (!flag || working.isEmpty()) {
+            addNote(warnings, working, keyIndex, keyWithoutValue(key));
+            return {};
+        }
+        const qsizetype valueIndex = working.index();
+        const Token value = readToken(working.rest());
+        if (value.end == TokenEnd::LeadingSpace)
+            return blankFailure(working, u"a dictionary value"_s);
+        if (value.end == TokenEnd::NoEnd && value.quoted) {
+            const QString message = u"The value of the key %1 has no closing quote; the key is left out"_s;
+            addNote(warnings, working, keyIndex,
+                    note(ReadWarning::Kind::Dropped, message.arg(quotedForMessage(key.text))));
+            return {};
+        }
+        working.consume(value.length);
+        PropertyList item;
+        switch (makeScalar(*flag, value.text, working.rest(), item)) {
+        case Made::Value: {
+            const qsizetype before = dictionary.size();
+            dictionary.insert(key.text, item);
+            if (dictionary.size() == before) {
+                const QString message = u"The key %1 occurs again; its last value is kept"_s;
+                addNote(warnings, working, keyIndex,
+                        note(ReadWarning::Kind::DuplicateKey, message.arg(quotedForMessage(key.text))));
+            }
+            const std::optional<ReadWarning> coerced = coercionNote(*flag, value.text, working.rest(), item);
+            if (coerced)
+                addNote(warnings, working, valueIndex, *coerced);
+            break;
+        }
+        case Made::Skip:
+            addNote(warnings, working, valueIndex, skippedNote(*flag, value.text));
+            break;
+        case Made::BadDate:
+            return dateFailure(working, valueIndex, value.text);
+        }
+    }
+    return {};
+}
+
 // The command's value is the whole rest of the text, never a token.
-std::variant<PropertyList, Failure, std::monostate> makeCommandValue(Flag flag, WorkingText &working)
+CommandValue makeCommandValue(Flag flag, WorkingText &working)
 {
     const qsizetype valueIndex = working.index();
     QString text = working.rest().toString();
     switch (flag) {
     case Flag::Array: {
         PropertyArray array;
-        if (std::optional<Failure> failure = DefaultsTextParser::populateArray(array, working))
-            return *failure;
-        return PropertyList(array);
+        const Items items = DefaultsTextParser::populateArray(array, working);
+        return items ? CommandValue::success(PropertyList(array), items) : CommandValue::failure(items);
     }
     case Flag::Dictionary: {
         PropertyDictionary dictionary;
-        if (std::optional<Failure> failure = DefaultsTextParser::populateDict(dictionary, working))
-            return *failure;
-        return PropertyList(dictionary);
+        const Items items = DefaultsTextParser::populateDict(dictionary, working);
+        return items ? CommandValue::success(PropertyList(dictionary), items) : CommandValue::failure(items);
     }
     case Flag::Date:
         // Surrounding quotes go, without checking that the last unit is one.
@@ -281,14 +390,18 @@ std::variant<PropertyList, Failure, std::monostate> makeCommandValue(Flag flag, 
     }
     PropertyList value;
     switch (makeScalar(flag, text, text, value)) {
-    case Made::Value:
-        return value;
-    case Made::Skip:
-        return std::monostate();
-    case Made::BadDate:
-        return dateFailure(working, valueIndex, text);
+    case Made::Value: {
+        ReadWarnings warnings;
+        if (const std::optional<ReadWarning> coerced = coercionNote(flag, text, text, value))
+            addNote(warnings, working, valueIndex, *coerced);
+        return CommandValue::success(value, warnings.take());
     }
-    return std::monostate();
+    case Made::Skip:
+        return CommandValue::success(std::nullopt);
+    case Made::BadDate:
+        return CommandValue::failure(dateFailure(working, valueIndex, text));
+    }
+    return CommandValue::success(std::nullopt);
 }
 
 } // namespace
@@ -313,15 +426,7 @@ SourcePosition DefaultsTextParser::WorkingText::sourcePositionOf(qsizetype index
     return position;
 }
 
-QString DefaultsTextParser::Result::errorText() const
-{
-    if (outcome != Outcome::Error)
-        return QString();
-    return failure.position.isKnown() ? failure.message + u" ("_s + failure.position.toString() + u')'
-                                      : failure.message;
-}
-
-DefaultsTextParser::Result DefaultsTextParser::dictionaryFromDefaultsString(const QString &text)
+ReadResult<std::optional<DefaultsEntry>> DefaultsTextParser::dictionaryFromDefaultsString(const QString &text)
 {
     const qsizetype cut = text.indexOf(kCommandPrefix);
     if (cut < 0)
@@ -336,7 +441,7 @@ DefaultsTextParser::Result DefaultsTextParser::dictionaryFromDefaultsString(cons
 
     QString domain;
     QString key;
-    if (std::optional<Result> stopped = readDomainAndKey(working, domain, key))
+    if (std::optional<Entry> stopped = readDomainAndKey(working, domain, key))
         return std::move(*stopped);
 
     // In the command a flag with no blank after it is the rest of the text.
@@ -348,64 +453,45 @@ DefaultsTextParser::Result DefaultsTextParser::dictionaryFromDefaultsString(cons
     if (working.isEmpty() && isScalar(*flag))
         return noResult();
 
-    auto made = makeCommandValue(*flag, working);
-    if (Failure *failure = std::get_if<Failure>(&made))
-        return errorResult(std::move(*failure));
-    const PropertyList *value = std::get_if<PropertyList>(&made);
-    if (!value)
+    const CommandValue made = makeCommandValue(*flag, working);
+    if (!made)
+        return Entry::failure(made);
+    if (!made.value)
         return noResult();
-    Result result;
-    result.outcome = Outcome::Entry;
-    result.domain = domain;
-    result.dictionary.insert(key, *value);
+    DefaultsEntry entry{domain, {}};
+    entry.dictionary.insert(key, *made.value);
+    return Entry::success(std::move(entry), made);
+}
+
+ReadResult<std::monostate> DefaultsTextParser::populateDict(PropertyDictionary &dictionary,
+                                                            WorkingText &working)
+{
+    // Read into a dictionary of its own, so that a key the text repeats is told
+    // from one that was there before.
+    PropertyDictionary read;
+    ReadWarnings warnings;
+    Items result = readEntries(read, working, warnings);
+    if (dictionary.isEmpty()) {
+        dictionary = read;
+    } else {
+        for (qsizetype index = 0; index < read.size(); ++index)
+            dictionary.insert(read.keyAt(index), read.valueAt(index));
+    }
+    result.warnings = warnings.take();
     return result;
 }
 
-std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateDict(PropertyDictionary &dictionary,
-                                                                            WorkingText &working)
+ReadResult<std::monostate> DefaultsTextParser::populateArray(PropertyArray &array, WorkingText &working)
 {
+    ReadWarnings warnings;
     while (!working.isEmpty()) {
-        // A key is always a token, never a flag: "-x" is a key here.
-        const Token key = readToken(working.rest());
-        if (key.end == TokenEnd::LeadingSpace)
-            return blankFailure(working, u"a dictionary key"_s);
-        if (key.end == TokenEnd::NoEnd)
-            return std::nullopt; // a key with nothing after it is dropped
-        working.consume(key.length);
-        if (working.isEmpty())
-            return std::nullopt;
+        const qsizetype flagIndex = working.index();
         const std::optional<Flag> flag = readFlag(working);
-        if (!flag || working.isEmpty())
-            return std::nullopt;
-
-        const qsizetype valueIndex = working.index();
-        const Token value = readToken(working.rest());
-        if (value.end == TokenEnd::LeadingSpace)
-            return blankFailure(working, u"a dictionary value"_s);
-        if (value.end == TokenEnd::NoEnd && value.quoted)
-            return std::nullopt;
-        working.consume(value.length);
-        PropertyList item;
-        switch (makeScalar(*flag, value.text, working.rest(), item)) {
-        case Made::Value:
-            dictionary.insert(key.text, item);
+        if (!flag || working.isEmpty()) {
+            const QString message = u"A type flag ends the list without an item; it is left out"_s;
+            addNote(warnings, working, flagIndex, note(ReadWarning::Kind::Dropped, message));
             break;
-        case Made::Skip:
-            break;
-        case Made::BadDate:
-            return dateFailure(working, valueIndex, value.text);
         }
-    }
-    return std::nullopt;
-}
-
-std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateArray(PropertyArray &array,
-                                                                             WorkingText &working)
-{
-    while (!working.isEmpty()) {
-        const std::optional<Flag> flag = readFlag(working);
-        if (!flag || working.isEmpty())
-            return std::nullopt;
         const qsizetype itemIndex = working.index();
         // An item without an end, quoted or not, is the rest of the text.
         const Token token = readToken(working.rest());
@@ -414,14 +500,19 @@ std::optional<DefaultsTextParser::Failure> DefaultsTextParser::populateArray(Pro
         working.consume(token.length);
         PropertyList item;
         switch (makeScalar(*flag, token.text, working.rest(), item)) {
-        case Made::Value:
+        case Made::Value: {
             array.append(item);
+            const std::optional<ReadWarning> coerced = coercionNote(*flag, token.text, working.rest(), item);
+            if (coerced)
+                addNote(warnings, working, itemIndex, *coerced);
             break;
+        }
         case Made::Skip:
+            addNote(warnings, working, itemIndex, skippedNote(*flag, token.text));
             break;
         case Made::BadDate:
             return dateFailure(working, itemIndex, token.text);
         }
     }
-    return std::nullopt;
+    return Items::success({}, warnings.take());
 }

@@ -7,6 +7,13 @@
 #include <QStringView>
 
 #include <optional>
+#include <variant>
+
+// What one line makes: the domain name and a dictionary with exactly one entry.
+struct DefaultsEntry {
+    QString domain;
+    PropertyDictionary dictionary;
+};
 
 // Reads a dropped or pasted `defaults write <domain> <key> [-type] <value>`
 // line into one preference entry: the domain name and a one-entry dictionary.
@@ -21,33 +28,6 @@
 // index, so every reading is linear in the text, and nothing here recurses.
 class DefaultsTextParser {
 public:
-    enum class Outcome {
-        Entry,    // domain and dictionary hold the entry
-        NoResult, // not a command this parser makes an entry of; nothing to report
-        Error,    // the whole drop or paste must be abandoned; status, position and message say why
-    };
-
-    // What went wrong: OutOfRange for a token that has no end or starts with a
-    // blank, BadValue for a date that cannot be read. The position is the line
-    // and column (1-based, UTF-16 units) in the text given to the parser.
-    struct Failure {
-        ReadStatus status = ReadStatus::OutOfRange;
-        SourcePosition position;
-        QString message;
-    };
-
-    struct [[nodiscard]] Result {
-        Outcome outcome = Outcome::NoResult;
-        QString domain;
-        PropertyDictionary dictionary; // exactly one entry for an Entry, empty otherwise
-        Failure failure;               // meaningful for an Error only
-
-        bool isEntry() const { return outcome == Outcome::Entry; }
-        bool isError() const { return outcome == Outcome::Error; }
-        // "message (line 1, column 17)"; empty unless this is an Error.
-        QString errorText() const;
-    };
-
     // The text still to be read, consumed from its front. The list readers get
     // the command's working text and read on from where the command stopped.
     class WorkingText {
@@ -73,12 +53,19 @@ public:
         qsizetype m_cutLength = 0;
     };
 
-    // Never changes text. Entry, NoResult, or an Error that the caller must act on.
-    static Result dictionaryFromDefaultsString(const QString &text);
+    // An entry; no entry (not a command this parser makes an entry of, with
+    // nothing to report); or a failure, after which the whole drop or paste must
+    // be abandoned: OutOfRange for a token that has no end or starts with a
+    // blank, BadValue for a date that cannot be read. Positions are lines and
+    // columns (1-based, UTF-16 units) of the text given here. An entry's
+    // warnings name what was not taken as written: a repeated key, a value the
+    // platform's reading changes, a list item or key left out. Never changes text.
+    [[nodiscard]] static ReadResult<std::optional<DefaultsEntry>>
+    dictionaryFromDefaultsString(const QString &text);
     // The items after -dict/-dict-add: key [-type] value ... A later key replaces
-    // an earlier one. Nothing, or the failure that aborts the whole command.
-    [[nodiscard]] static std::optional<Failure> populateDict(PropertyDictionary &dictionary,
-                                                             WorkingText &working);
+    // an earlier one. Success, or the failure that aborts the whole command.
+    [[nodiscard]] static ReadResult<std::monostate> populateDict(PropertyDictionary &dictionary,
+                                                                 WorkingText &working);
     // The items after -array/-array-add: [-type] item ...
-    [[nodiscard]] static std::optional<Failure> populateArray(PropertyArray &array, WorkingText &working);
+    [[nodiscard]] static ReadResult<std::monostate> populateArray(PropertyArray &array, WorkingText &working);
 };

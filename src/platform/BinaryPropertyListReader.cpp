@@ -18,6 +18,7 @@ using Result = ReadResult<PropertyList>;
 
 constexpr uchar kOnPath = 1;
 constexpr uchar kSeen = 2;
+constexpr uchar kWarned = 4;
 constexpr quint64 kLargestCount = quint64(std::numeric_limits<qint64>::max());
 // Dates are kept to years of at most four digits either side of year 0 (from
 // -9999-01-01 up to, not including, 10000-01-01, in seconds from 2001), so that
@@ -81,27 +82,33 @@ private:
     bool decodedBefore(const ObjectRef &object);
     bool unsupported(const ObjectRef &object);
     bool fail(ReadStatus status, qint64 offset, qint64 object, QString message);
+    // An object read once per reference warns the first time only.
+    bool firstWarning(const ObjectRef &object);
 
     const BinaryPropertyListLayout &m_layout;
     const uchar *m_data;
     qsizetype m_objectsEnd;
     qsizetype m_referenceSize;
     qint64 m_budget;
-    // Per object: kOnPath while a container is being read, kSeen once a string or data was decoded.
+    // Per object: kOnPath while a container is being read, kSeen once a string or
+    // data was decoded, kWarned once it gave a warning.
     std::vector<uchar> m_flags;
     // Strings and data met a second time, shared by every later reference: the
     // platform stores each dictionary key once for all dictionaries, and a large
     // data object referenced over and over must not be copied each time.
     QHash<quint64, PropertyList> m_shared;
     Result m_error;
+    ReadWarnings m_warnings;
 };
 
 Result Parser::run()
 {
     PropertyList root;
-    if (!readObject(m_layout.topObject(), 0, root))
+    if (!readObject(m_layout.topObject(), 0, root)) {
+        m_error.warnings = m_warnings.take();
         return m_error;
-    return Result::success(root);
+    }
+    return Result::success(root, m_warnings.take());
 }
 
 ObjectRef Parser::objectAt(quint64 number) const
@@ -234,10 +241,18 @@ bool Parser::readInteger(const ObjectRef &object, PropertyList &out)
     const quint64 value = readBigEndian(m_data + object.offset + 1, width);
     // 1, 2 and 4 bytes read unsigned and 8 bytes signed; a 16-byte number keeps
     // its low 64 bits as unsigned and stays 'Q' whatever its size.
-    if (width == 16)
-        out = PropertyList::unsignedInteger(value, 'Q');
-    else
+    if (width != 16) {
         out = PropertyList::integerFromFile(static_cast<qint64>(value));
+        return true;
+    }
+    out = PropertyList::unsignedInteger(value, 'Q');
+    const uchar *high = m_data + object.offset + 1;
+    if (std::any_of(high, high + 8, [](uchar c) { return c != 0; }) && firstWarning(object))
+        m_warnings.add(ReadWarning::Kind::OutOfRange, SourcePosition{object.offset, 0, 0, qint64(object.number)},
+                       QStringLiteral("The 16-byte integer of object %1 does not fit in 64 bits; "
+                                      "its low 64 bits, %2, are kept")
+                           .arg(object.number)
+                           .arg(value));
     return true;
 }
 
@@ -421,6 +436,7 @@ bool Parser::readDictionary(const ObjectRef &object, int depth, PropertyList &ou
     dictionary.reserve(qsizetype(count));
     QString key;
     PropertyList value;
+    const bool quiet = m_flags[object.number] & kWarned;
     for (quint64 i = 0; i < count; ++i) {
         quint64 keyNumber = 0;
         quint64 valueNumber = 0;
@@ -435,7 +451,14 @@ bool Parser::readDictionary(const ObjectRef &object, int depth, PropertyList &ou
         if (!spend(keyObject) || !readString(keyObject, key) || !readObject(valueNumber, depth + 1, value))
             return false;
         // The platform's mutable reading keeps the first of duplicate keys.
-        dictionary.insertIfAbsent(key, value);
+        if (!dictionary.insertIfAbsent(key, value) && !quiet) {
+            m_flags[object.number] |= kWarned;
+            m_warnings.add(ReadWarning::Kind::DuplicateKey,
+                           SourcePosition{at + qsizetype(i * refSize), 0, 0, qint64(object.number)},
+                           QStringLiteral("The key %1 occurs again in object %2; its first value is kept")
+                               .arg(quotedForMessage(key))
+                               .arg(object.number));
+        }
     }
     m_flags[object.number] &= uchar(~kOnPath);
     out = PropertyList(dictionary);
@@ -490,6 +513,14 @@ bool Parser::readReference(const ObjectRef &container, qsizetype at, quint64 &nu
                     .arg(container.number)
                     .arg(number)
                     .arg(m_layout.objectCount()));
+}
+
+bool Parser::firstWarning(const ObjectRef &object)
+{
+    uchar &flags = m_flags[object.number];
+    const bool first = !(flags & kWarned);
+    flags |= kWarned;
+    return first;
 }
 
 bool Parser::fail(ReadStatus status, qint64 offset, qint64 object, QString message)

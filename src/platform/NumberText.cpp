@@ -27,6 +27,22 @@ double strtodC(const char *text, char **end)
     return strtod_l(text, end, cLocale);
 }
 
+bool isBeyondDouble(QStringView text, double read)
+{
+    if (!std::isinf(read) && read != 0.0)
+        return false;
+    bool nonZeroDigit = false;
+    for (const QChar c : text) {
+        const char16_t unit = c.unicode();
+        if (unit == u'e' || unit == u'E')
+            break; // the exponent's digits say nothing about the mantissa
+        if ((unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z'))
+            return false;
+        nonZeroDigit = nonZeroDigit || (unit >= u'1' && unit <= u'9');
+    }
+    return std::isinf(read) || nonZeroDigit;
+}
+
 int digitValue(char16_t unit, int base)
 {
     int value = -1;

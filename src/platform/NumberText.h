@@ -15,6 +15,11 @@ QString formatGeneral(double value, int precision);
 // readers and the file formats always use a decimal point.
 double strtodC(const char *text, char **end);
 
+// True when strtod read a decimal text as infinity, or as zero though one of
+// its digits is not: the number lies beyond what a double holds. Words (inf,
+// nan) and hexadecimal forms are never beyond it.
+bool isBeyondDouble(QStringView text, double read);
+
 // The value of an ASCII digit in the given base (up to 16, either case), or -1.
 int digitValue(char16_t unit, int base);
 

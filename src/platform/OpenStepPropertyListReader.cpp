@@ -165,9 +165,16 @@ public:
     ReadStatus status = ReadStatus::Ok;
     qsizetype errorIndex = 0;
     QString message;
+    // What was resolved rather than refused; each offset holds an index in the text.
+    ReadWarnings warnings;
 
 private:
     bool fail(ReadStatus failure, qsizetype index, const QString &text);
+    void warn(ReadWarning::Kind kind, qsizetype index, const QString &text)
+    {
+        warnings.add(kind, SourcePosition{index}, text);
+    }
+    void insertEntry(PropertyDictionary &out, qsizetype keyAt, const QString &key, const PropertyList &value);
     char16_t unitAt(qsizetype index) const { return index < m_text.size() ? m_text[index].unicode() : 0; }
     qsizetype find(char16_t unit, qsizetype from) const;
 
@@ -245,6 +252,7 @@ std::optional<PropertyList> Parser::parseDocument()
     // A string followed by more text is the start of a strings file: read the
     // whole text again as the entries of a dictionary without braces.
     m_pos = 0;
+    warnings = ReadWarnings();
     PropertyDictionary entries;
     if (!parseEntries(1, -1, entries))
         return std::nullopt;
@@ -381,7 +389,12 @@ bool Parser::parseOctalEscape(qsizetype escape, QString &out)
         value = value * 8 + (m_text[m_pos++].unicode() - u'0');
     if (value > 0xFF)
         return fail(ReadStatus::BadValue, escape, QStringLiteral("Octal escape above \\377"));
-    out.append(QChar(fromNextStep(value)));
+    const char16_t unit = fromNextStep(value);
+    if (unit == 0xFFFD)
+        warn(ReadWarning::Kind::Adjusted, escape,
+             QStringLiteral("The octal escape \\%1 names no character of NeXTSTEP Latin; it is read as U+FFFD")
+                 .arg(value, 0, 8));
+    out.append(QChar(unit));
     return true;
 }
 
@@ -488,6 +501,7 @@ bool Parser::parseEntries(int depth, qsizetype open, PropertyDictionary &out)
 
 bool Parser::parseEntry(int depth, qsizetype open, PropertyDictionary &out)
 {
+    const qsizetype keyAt = m_pos;
     const char16_t first = current();
     if (first == u'{' || first == u'(' || first == u'<')
         return fail(ReadStatus::Syntax, m_pos, QStringLiteral("Dictionary keys must be strings"));
@@ -499,7 +513,7 @@ bool Parser::parseEntry(int depth, qsizetype open, PropertyDictionary &out)
     if (current() == u';') {
         // The strings-file shorthand: "key;" means key = key.
         ++m_pos;
-        out.insert(key, PropertyList(key));
+        insertEntry(out, keyAt, key, PropertyList(key));
         return true;
     }
     if (current() != u'=')
@@ -521,8 +535,19 @@ bool Parser::parseEntry(int depth, qsizetype open, PropertyDictionary &out)
             ReadStatus::Syntax, m_pos,
             QStringLiteral("Expected ';' after a dictionary entry, found %1").arg(describeUnit(current())));
     ++m_pos;
-    out.insert(key, value); // a repeated key replaces the earlier value
+    insertEntry(out, keyAt, key, value);
     return true;
+}
+
+// A repeated key replaces the earlier value.
+void Parser::insertEntry(PropertyDictionary &out, qsizetype keyAt, const QString &key, const PropertyList &value)
+{
+    const qsizetype before = out.size();
+    out.insert(key, value);
+    if (out.size() == before)
+        warn(ReadWarning::Kind::DuplicateKey, keyAt,
+             QStringLiteral("The key %1 occurs again in this dictionary; its last value is kept")
+                 .arg(quotedForMessage(key)));
 }
 
 // The text ended inside a container: point at its opening bracket, which is
@@ -600,12 +625,17 @@ bool Parser::parseTyped(PropertyList &out)
     }
     if (end < 0)
         return fail(ReadStatus::Truncated, open, QStringLiteral("Unterminated typed value"));
-    const std::optional<PropertyList> value = typedValue(type, m_text.sliced(start, end - start));
+    const QStringView text = m_text.sliced(start, end - start);
+    const std::optional<PropertyList> value = typedValue(type, text);
     if (!value) {
         const QString kind =
             type > 0x20 && type < 0x7F ? QStringLiteral("<*%1>").arg(QChar(type)) : QStringLiteral("typed");
         return fail(ReadStatus::BadValue, open, QStringLiteral("Invalid %1 value").arg(kind));
     }
+    if (type == u'R' && NumberText::isBeyondDouble(text, value->toReal()))
+        warn(ReadWarning::Kind::OutOfRange, open,
+             QStringLiteral("The real %1 lies beyond the range of a double; it is read as %2")
+                 .arg(quotedForMessage(text), NumberText::formatGeneral(value->toReal(), 17)));
     out = *value;
     return true;
 }
@@ -711,7 +741,12 @@ ReadResult<PropertyList> OpenStepPropertyListReader::read(const QByteArray &byte
         return Result::failure(decoded);
     Parser parser(decoded.value.text());
     std::optional<PropertyList> value = parser.parseDocument();
+    QList<ReadWarning> placed = parser.warnings.take();
+    decoded.value.placeWarnings(placed);
+    QList<ReadWarning> warnings = decoded.warnings;
+    warnings.append(std::move(placed));
     if (!value)
-        return Result::failure(parser.status, decoded.value.positionOf(parser.errorIndex), parser.message);
-    return Result::success(std::move(*value));
+        return Result::failure(parser.status, decoded.value.positionOf(parser.errorIndex), parser.message,
+                               std::move(warnings));
+    return Result::success(std::move(*value), std::move(warnings));
 }

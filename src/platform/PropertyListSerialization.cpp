@@ -56,18 +56,23 @@ ReadResult<PropertyListFile> PropertyListSerialization::read(const QByteArray &b
             continue;
         ReadResult<PropertyList> attempt = c.read(bytes);
         if (attempt)
-            return Result::success({attempt.value, c.format});
+            return Result::success({attempt.value, c.format}, attempt);
         if (c.format == PropertyListFormat::Xml && openStep) {
             ReadResult<PropertyList> fallback = openStep->read(bytes);
-            if (fallback)
-                return Result::success({fallback.value, PropertyListFormat::OpenStep});
+            if (fallback) {
+                // Text that looked like markup but is old-style text is worth a word: it may be broken XML.
+                fallback.warnings.prepend({ReadWarning::Kind::Reinterpreted, attempt.position,
+                                           QStringLiteral("The text is not XML (%1); it is read as old-style text")
+                                               .arg(attempt.message)});
+                return Result::success({fallback.value, PropertyListFormat::OpenStep}, fallback);
+            }
         }
         return Result::failure(attempt);
     }
     if (openStep) {
         ReadResult<PropertyList> attempt = openStep->read(bytes);
         if (attempt)
-            return Result::success({attempt.value, PropertyListFormat::OpenStep});
+            return Result::success({attempt.value, PropertyListFormat::OpenStep}, attempt);
         return Result::failure(attempt);
     }
     return Result::failure(ReadStatus::BadHeader, {0},

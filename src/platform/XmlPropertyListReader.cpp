@@ -1,4 +1,6 @@
 #include "XmlPropertyListReader.h"
+
+#include "DateMath.h"
 #include "NumberText.h"
 
 #include "PropertyListSerialization.h"
@@ -20,23 +22,6 @@ bool isSpace(QChar c)
     return u == u' ' || u == u'\t' || u == u'\n' || u == u'\r';
 }
 
-// Text quoted for a message: shortened, so that a broken 4 MB string stays
-// readable, and with control characters spelt out so the message stays one line.
-QString quoted(QStringView text)
-{
-    constexpr qsizetype kShown = 40;
-    QString out(1, u'"');
-    for (const QChar c : text.first(qMin(text.size(), kShown))) {
-        if (c.unicode() < 0x20 || c.unicode() == 0x7F)
-            out += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
-        else
-            out += c;
-    }
-    if (text.size() > kShown)
-        out += QChar(0x2026); // an ellipsis
-    return out + u'"';
-}
-
 // Older systems wrote the keyed archiver's object references as {CF$UID = n};
 // every reader turns such a dictionary back into a UID.
 PropertyList uidOrDictionary(const PropertyDictionary &dictionary)
@@ -47,6 +32,22 @@ PropertyList uidOrDictionary(const PropertyDictionary &dictionary)
             return PropertyList::uid(value.toUnsignedInteger());
     }
     return PropertyList(dictionary);
+}
+
+// True for a date text that date() has read, "[-]Y…Y-MM-DDTHH:MM:SSZ", whose day
+// lies past the end of its month (years counted from 0, proleptic Gregorian).
+bool dayPastMonthEnd(QStringView text)
+{
+    const QStringView tail = text.last(16); // "-MM-DDTHH:MM:SSZ"
+    const auto twoDigits = [tail](qsizetype at) {
+        return (tail[at].unicode() - u'0') * 10 + tail[at + 1].unicode() - u'0';
+    };
+    const int day = twoDigits(4);
+    if (day <= 28)
+        return false;
+    const int month = twoDigits(1);
+    const qint64 year = text.first(text.size() - 16).toLongLong();
+    return day > DateMath::daysInMonth(year, month);
 }
 
 enum class Element { Plist, Dict, Array, Key, String, Integer, Real, True, False, Date, Data, Unknown };
@@ -87,11 +88,19 @@ public:
     ReadStatus status() const { return m_status; }
     qsizetype errorAt() const { return m_errorAt; }
     const QString &message() const { return m_message; }
+    // What was resolved rather than refused, in text order with full positions.
+    QList<ReadWarning> takeWarnings();
 
 private:
     enum class Next { Child, EndTag, Failed };
 
     bool fail(ReadStatus status, qsizetype at, const QString &message);
+    // Until takeWarnings(), a warning's offset holds its index in the text.
+    void warn(ReadWarning::Kind kind, qsizetype at, const QString &message)
+    {
+        m_warnings.add(kind, SourcePosition{at}, message);
+    }
+    void noteTrailingText();
     std::nullopt_t failValue(ReadStatus status, qsizetype at, const QString &message)
     {
         fail(status, at, message);
@@ -124,6 +133,8 @@ private:
     std::optional<PropertyList> parseDict(const StartTag &tag, int depth);
     bool readDictEntries(const StartTag &tag, int depth, PropertyDictionary &dictionary);
     std::optional<PropertyList> parseScalar(const StartTag &tag);
+    std::optional<PropertyList> parseData(const StartTag &tag);
+    void noteCoercion(const StartTag &tag, qsizetype contentAt, const PropertyList &value);
 
     const XmlText &m_source;
     QStringView m_text;
@@ -132,7 +143,15 @@ private:
     ReadStatus m_status = ReadStatus::Ok;
     qsizetype m_errorAt = 0;
     QString m_message;
+    ReadWarnings m_warnings;
 };
+
+QList<ReadWarning> Parser::takeWarnings()
+{
+    QList<ReadWarning> warnings = m_warnings.take();
+    m_source.placeWarnings(warnings);
+    return warnings;
+}
 
 bool Parser::fail(ReadStatus status, qsizetype at, const QString &message)
 {
@@ -158,10 +177,10 @@ QString Parser::found() const
     const QStringView rest = m_text.sliced(m_pos);
     if (rest[0] == u'<') {
         const qsizetype close = rest.first(qMin<qsizetype>(rest.size(), 40)).indexOf(u'>');
-        return quoted(close < 0 ? rest : rest.first(close + 1));
+        return quotedForMessage(close < 0 ? rest : rest.first(close + 1));
     }
     const qsizetype markup = rest.first(qMin<qsizetype>(rest.size(), 40)).indexOf(u'<');
-    return QStringLiteral("the text ") + quoted(markup < 0 ? rest : rest.first(markup));
+    return QStringLiteral("the text ") + quotedForMessage(markup < 0 ? rest : rest.first(markup));
 }
 
 QString Parser::notClosed(const StartTag &tag) const
@@ -388,7 +407,8 @@ bool Parser::readReference(QString &out)
         ++end;
     if (end >= m_text.size() || m_text[end] != u';')
         return fail(ReadStatus::Syntax, start,
-                    QStringLiteral("Unterminated entity reference %1: expected ';'").arg(quoted(m_text.sliced(start, end - start))));
+                    QStringLiteral("Unterminated entity reference %1: expected ';'")
+                        .arg(quotedForMessage(m_text.sliced(start, end - start))));
     const QStringView name = m_text.sliced(start + 1, end - start - 1);
     m_pos = end + 1;
     if (name == QLatin1String("lt"))
@@ -463,8 +483,20 @@ std::optional<PropertyList> Parser::parseDocument()
     StartTag tag;
     if (!readStartTag(tag))
         return std::nullopt;
-    // Whatever follows the first element is ignored, as the platform ignores it.
-    return tag.element == Element::Plist ? parsePlist(tag) : parseValue(tag, 1);
+    std::optional<PropertyList> value = tag.element == Element::Plist ? parsePlist(tag) : parseValue(tag, 1);
+    if (value)
+        noteTrailingText();
+    return value;
+}
+
+// Whatever follows the first element is ignored, as the platform ignores it;
+// only what XML allows there (space, comments, instructions) goes unmentioned.
+void Parser::noteTrailingText()
+{
+    if (skipMisc(false) && atEnd())
+        return;
+    m_status = ReadStatus::Ok; // an unterminated comment here is trailing text like any other
+    warn(ReadWarning::Kind::Dropped, m_pos, QStringLiteral("Ignored after the property list: %1").arg(found()));
 }
 
 // The optional <plist> wrapper holds one value. A wrapper with nothing in it
@@ -512,9 +544,7 @@ std::optional<PropertyList> Parser::parseValue(const StartTag &tag, int depth)
         return PropertyList(text);
     }
     case Element::Data:
-        if (!readText(tag, m_scratch))
-            return std::nullopt;
-        return PropertyList(XmlValueText::data(m_scratch));
+        return parseData(tag);
     case Element::Integer:
     case Element::Real:
     case Element::Date:
@@ -602,17 +632,24 @@ bool Parser::readDictEntries(const StartTag &tag, int depth, PropertyDictionary 
         case Next::Failed:
             return false;
         case Next::EndTag:
-            return fail(ReadStatus::Syntax, m_pos, QStringLiteral("Expected a value for the key %1, found %2").arg(quoted(key), found()));
+            return fail(ReadStatus::Syntax, m_pos,
+                        QStringLiteral("Expected a value for the key %1, found %2").arg(quotedForMessage(key), found()));
         case Next::Child:
             break;
         }
         if (valueTag.element == Element::Key)
             return fail(ReadStatus::Syntax, valueTag.at,
-                        QStringLiteral("Expected a value for the key %1, found another <key>").arg(quoted(key)));
+                        QStringLiteral("Expected a value for the key %1, found another <key>")
+                            .arg(quotedForMessage(key)));
         std::optional<PropertyList> value = parseValue(valueTag, depth + 1);
         if (!value)
             return false;
+        const qsizetype before = dictionary.size();
         dictionary.insert(key, *value);
+        if (dictionary.size() == before)
+            warn(ReadWarning::Kind::DuplicateKey, keyTag.at,
+                 QStringLiteral("The key %1 occurs again in this dictionary; its last value is kept")
+                     .arg(quotedForMessage(key)));
     }
 }
 
@@ -637,14 +674,49 @@ std::optional<PropertyList> Parser::parseScalar(const StartTag &tag)
             value = PropertyList::date(*seconds);
         expected = QStringLiteral("a date of the form YYYY-MM-DDTHH:MM:SSZ");
     }
-    if (value)
+    if (value) {
+        noteCoercion(tag, contentAt, *value);
         return value;
+    }
     const QStringView text = QStringView(m_scratch).trimmed();
     if (text.isEmpty())
         return failValue(ReadStatus::BadValue, contentAt, QStringLiteral("Empty <%1>, expected %2").arg(tag.name, expected));
     if (problem == XmlValueText::Problem::OutOfRange)
-        return failValue(ReadStatus::BadValue, contentAt, QStringLiteral("The integer %1 is out of the 64-bit range").arg(quoted(text)));
-    return failValue(ReadStatus::BadValue, contentAt, QStringLiteral("%1 is not %2").arg(quoted(text), expected));
+        return failValue(ReadStatus::BadValue, contentAt,
+                         QStringLiteral("The integer %1 is out of the 64-bit range").arg(quotedForMessage(text)));
+    return failValue(ReadStatus::BadValue, contentAt,
+                     QStringLiteral("%1 is not %2").arg(quotedForMessage(text), expected));
+}
+
+// The text of <data> is base64; anything else but white space in it is left out.
+std::optional<PropertyList> Parser::parseData(const StartTag &tag)
+{
+    const qsizetype contentAt = m_pos;
+    if (!readText(tag, m_scratch))
+        return std::nullopt;
+    qsizetype stray = -1;
+    PropertyList value(XmlValueText::data(m_scratch, &stray));
+    if (stray >= 0)
+        warn(ReadWarning::Kind::Dropped, contentAt,
+             QStringLiteral("The data holds characters that are not base64, the first %1; they are left out")
+                 .arg(quotedForMessage(QStringView(m_scratch).sliced(stray, 1))));
+    return value;
+}
+
+// A real beyond a double's range, or a date whose day lies past the end of its month.
+void Parser::noteCoercion(const StartTag &tag, qsizetype contentAt, const PropertyList &value)
+{
+    if (tag.element == Element::Integer)
+        return;
+    const QStringView text = QStringView(m_scratch).trimmed();
+    if (tag.element == Element::Real && NumberText::isBeyondDouble(text, value.toReal()))
+        warn(ReadWarning::Kind::OutOfRange, contentAt,
+             QStringLiteral("The real %1 lies beyond the range of a double; it is read as %2")
+                 .arg(quotedForMessage(text), NumberText::formatGeneral(value.toReal(), 17)));
+    else if (tag.element == Element::Date && dayPastMonthEnd(text))
+        warn(ReadWarning::Kind::Adjusted, contentAt,
+             QStringLiteral("The date %1 names a day past the end of its month; it is read as %2")
+                 .arg(quotedForMessage(text), QString::fromLatin1(XmlValueText::dateText(value.toDate()))));
 }
 
 } // namespace
@@ -698,7 +770,10 @@ ReadResult<PropertyList> XmlPropertyListReader::read(const QByteArray &bytes)
         return Result::failure(decoded);
     Parser parser(decoded.value);
     std::optional<PropertyList> value = parser.parseDocument();
+    QList<ReadWarning> warnings = decoded.warnings;
+    warnings.append(parser.takeWarnings());
     if (!value)
-        return Result::failure(parser.status(), decoded.value.positionOf(parser.errorAt()), parser.message());
-    return Result::success(std::move(*value));
+        return Result::failure(parser.status(), decoded.value.positionOf(parser.errorAt()), parser.message(),
+                               std::move(warnings));
+    return Result::success(std::move(*value), std::move(warnings));
 }

@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 
 namespace {
@@ -49,20 +50,74 @@ qsizetype firstInvalidUtf8(QByteArrayView bytes)
     return -1;
 }
 
-// Line and column of text[index]; CR LF, CR and LF each end a line.
+// Walks the text forwards to ever later indexes, keeping the line and the byte
+// count, so that many positions cost one pass.
+class PositionWalk {
+public:
+    PositionWalk(QStringView text, XmlText::Form form, int markLength)
+        : m_text(text), m_form(form), m_markLength(markLength)
+    {
+    }
+
+    // The position of text[index]; index is clamped to the text and must not go back.
+    SourcePosition to(qsizetype index);
+
+private:
+    QStringView m_text;
+    XmlText::Form m_form;
+    int m_markLength;
+    qsizetype m_index = 0;
+    int m_line = 1;
+    qsizetype m_lineStart = 0;
+    qint64 m_units = 0; // UTF-8 bytes, or low surrogates for UTF-32, before m_index
+};
+
+SourcePosition PositionWalk::to(qsizetype index)
+{
+    index = qBound<qsizetype>(m_index, index, m_text.size());
+    for (; m_index < index; ++m_index) {
+        const QChar c = m_text[m_index];
+        // CR LF, CR and LF each end a line.
+        if (c == u'\n' || (c == u'\r' && (m_index + 1 >= m_text.size() || m_text[m_index + 1] != u'\n'))) {
+            ++m_line;
+            m_lineStart = m_index + 1;
+        }
+        if (m_form == XmlText::Form::Utf8)
+            m_units += c.unicode() < 0x80 ? 1 : c.unicode() < 0x800 || c.isSurrogate() ? 2 : 3;
+        else if (c.isLowSurrogate())
+            ++m_units;
+    }
+    SourcePosition where;
+    where.line = m_line;
+    where.column = static_cast<int>(qMin<qsizetype>(index - m_lineStart + 1, INT_MAX));
+    switch (m_form) {
+    case XmlText::Form::Utf8:
+        where.offset = m_markLength + m_units;
+        break;
+    case XmlText::Form::Utf16LE:
+    case XmlText::Form::Utf16BE:
+        where.offset = m_markLength + 2 * index;
+        break;
+    case XmlText::Form::Utf32LE:
+    case XmlText::Form::Utf32BE:
+        where.offset = m_markLength + 4 * (index - m_units);
+        break;
+    case XmlText::Form::Latin1:
+    case XmlText::Form::Ascii:
+        where.offset = index;
+        break;
+    case XmlText::Form::Named:
+        break; // a multi-byte charset Qt decodes has no simple way back
+    }
+    return where;
+}
+
+// Line and column of text[index].
 void lineAndColumn(QStringView text, qsizetype index, SourcePosition &where)
 {
-    int line = 1;
-    qsizetype lineStart = 0;
-    for (qsizetype i = 0; i < index; ++i) {
-        const char16_t c = text[i].unicode();
-        if (c == u'\n' || (c == u'\r' && (i + 1 >= text.size() || text[i + 1] != u'\n'))) {
-            ++line;
-            lineStart = i + 1;
-        }
-    }
-    where.line = line;
-    where.column = static_cast<int>(qMin<qsizetype>(index - lineStart + 1, INT_MAX));
+    const SourcePosition found = PositionWalk(text, XmlText::Form::Latin1, 0).to(index);
+    where.line = found.line;
+    where.column = found.column;
 }
 
 Decoded encodingFailure(QStringView decodedSoFar, qint64 offset, const QString &message)
@@ -194,6 +249,16 @@ Decoded decodeNamed(QByteArrayView body, const QByteArray &charset)
     return Decoded::success(text);
 }
 
+// A charset of 16- or 32-bit units, in any case.
+bool namesWideUnits(QByteArrayView name)
+{
+    const auto is = [name](QByteArrayView start, bool whole) {
+        return (whole ? name.size() == start.size() : name.size() >= start.size())
+            && name.first(start.size()).compare(start, Qt::CaseInsensitive) == 0;
+    };
+    return is("utf-16", false) || is("utf-32", false) || is("ucs-", false) || is("unicode", true);
+}
+
 // The form for a declared charset name, or nothing when it cannot be decoded here.
 std::optional<XmlText::Form> formForCharset(const QByteArray &charset)
 {
@@ -204,7 +269,7 @@ std::optional<XmlText::Form> formForCharset(const QByteArray &charset)
     // A declaration that could be read byte by byte is not in 16- or 32-bit units,
     // whatever it claims; such files were re-encoded to UTF-8 without their
     // declaration being updated, so read them as UTF-8.
-    if (name.startsWith("utf-16") || name.startsWith("utf-32") || name.startsWith("ucs-") || name == "unicode")
+    if (namesWideUnits(name))
         return Form::Utf8;
     if (name == "iso-8859-1" || name == "iso_8859-1" || name == "iso8859-1" || name == "latin1"
         || name == "latin-1" || name == "l1")
@@ -276,17 +341,24 @@ ReadResult<XmlText> XmlText::decode(const QByteArray &bytes)
     result.m_form = announced.form;
     result.m_markLength = announced.markLength;
     Charset charset;
+    QList<ReadWarning> warnings;
     if (!announced.announced) {
         charset = declaredEncoding(bytes);
-        const std::optional<Form> form = formForCharset(charset.name);
-        if (!form) {
+        const auto charsetPlace = [&] {
             SourcePosition where;
             where.offset = charset.offset;
             lineAndColumn(QString::fromLatin1(QByteArrayView(bytes).first(charset.offset)), charset.offset, where);
-            return Result::failure(ReadStatus::BadEncoding, where,
+            return where;
+        };
+        const std::optional<Form> form = formForCharset(charset.name);
+        if (!form)
+            return Result::failure(ReadStatus::BadEncoding, charsetPlace(),
                                    QStringLiteral("Unknown text encoding \"%1\" in the XML declaration")
                                        .arg(QString::fromLatin1(charset.name)));
-        }
+        if (namesWideUnits(charset.name))
+            warnings.append({ReadWarning::Kind::Reinterpreted, charsetPlace(),
+                             QStringLiteral("The declaration names %1, but the text is in single bytes; it is read as UTF-8")
+                                 .arg(QString::fromLatin1(charset.name))});
         result.m_form = *form;
     }
     Decoded decoded = decodeAs(result.m_form, QByteArrayView(bytes).sliced(result.m_markLength),
@@ -294,39 +366,25 @@ ReadResult<XmlText> XmlText::decode(const QByteArray &bytes)
     if (!decoded)
         return Result::failure(decoded);
     result.m_text = std::move(decoded.value);
-    return Result::success(std::move(result));
+    return Result::success(std::move(result), std::move(warnings));
 }
 
 SourcePosition XmlText::positionOf(qsizetype index) const
 {
-    index = qBound<qsizetype>(0, index, m_text.size());
-    SourcePosition where;
-    lineAndColumn(m_text, index, where);
-    const QStringView before = QStringView(m_text).first(index);
-    switch (m_form) {
-    case Form::Utf8: {
-        qint64 bytes = 0;
-        for (QChar c : before)
-            bytes += c.unicode() < 0x80 ? 1 : c.unicode() < 0x800 || c.isSurrogate() ? 2 : 3;
-        where.offset = m_markLength + bytes;
-        break;
+    return PositionWalk(m_text, m_form, m_markLength).to(index);
+}
+
+void XmlText::placeWarnings(QList<ReadWarning> &warnings) const
+{
+    // Warnings without an index (the count of those left out) stay at the end.
+    const auto index = [](const ReadWarning &warning) {
+        return warning.position.offset < 0 ? std::numeric_limits<qint64>::max() : warning.position.offset;
+    };
+    std::stable_sort(warnings.begin(), warnings.end(),
+                     [&index](const ReadWarning &a, const ReadWarning &b) { return index(a) < index(b); });
+    PositionWalk walk(m_text, m_form, m_markLength);
+    for (ReadWarning &warning : warnings) {
+        if (warning.position.offset >= 0)
+            warning.position = walk.to(warning.position.offset);
     }
-    case Form::Utf16LE:
-    case Form::Utf16BE:
-        where.offset = m_markLength + 2 * index;
-        break;
-    case Form::Utf32LE:
-    case Form::Utf32BE:
-        where.offset = m_markLength + 4 * (index - std::count_if(before.begin(), before.end(), [](QChar c) {
-                                                 return c.isLowSurrogate();
-                                             }));
-        break;
-    case Form::Latin1:
-    case Form::Ascii:
-        where.offset = index;
-        break;
-    case Form::Named:
-        break; // a multi-byte charset Qt decodes has no simple way back
-    }
-    return where;
 }

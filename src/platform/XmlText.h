@@ -26,12 +26,16 @@ public:
 
     // Empty input, invalid UTF-8 (with its byte offset), lone surrogates, bytes
     // outside the declared charset and charsets Qt cannot decode are BadEncoding.
+    // A declared 16- or 32-bit charset in 8-bit text is read as UTF-8, with a warning.
     static ReadResult<XmlText> decode(const QByteArray &bytes);
 
     const QString &text() const { return m_text; }
     // Line and column (1-based, in UTF-16 units) of text()[index], which may be
     // the end, and its byte offset when the encoding lets it be known.
     SourcePosition positionOf(qsizetype index) const;
+    // Readers collect warnings with an index into text() as the offset; this
+    // gives them their full positions, in one pass, and puts them in text order.
+    void placeWarnings(QList<ReadWarning> &warnings) const;
 
 private:
     QString m_text;

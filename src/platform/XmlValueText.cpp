@@ -156,8 +156,10 @@ std::optional<double> XmlValueText::real(QStringView content)
 // Standard base64 with every other character skipped, as the platform reads
 // <data>: line breaks, indentation and stray characters alike. '=' fills its
 // place in a group of four and shortens that group's output.
-QByteArray XmlValueText::data(QStringView text)
+QByteArray XmlValueText::data(QStringView text, qsizetype *firstStray)
 {
+    if (firstStray)
+        *firstStray = -1;
     QByteArray out;
     out.reserve(text.size() / 4 * 3 + 3);
     quint32 bits = 0;
@@ -169,7 +171,7 @@ QByteArray XmlValueText::data(QStringView text)
             out.append(static_cast<char>(bits >> (16 - 8 * i)));
         bits = 0, symbols = 0, padding = 0;
     };
-    for (const QChar c : text) {
+    for (const QChar &c : text) {
         const char16_t u = c.unicode();
         quint32 value = 0;
         if (u >= u'A' && u <= u'Z')
@@ -184,8 +186,11 @@ QByteArray XmlValueText::data(QStringView text)
             value = 63;
         else if (u == u'=')
             ++padding;
-        else
+        else {
+            if (firstStray && *firstStray < 0 && !isSpace(c))
+                *firstStray = &c - text.data();
             continue;
+        }
         bits = (bits << 6) | value;
         if (++symbols == 4)
             flush();

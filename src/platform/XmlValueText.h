@@ -36,6 +36,7 @@ public:
     // that date() reads every output back. Non-finite values write the reference date.
     static QByteArray dateText(double secondsSinceReferenceDate);
 
-    // Standard base64 with every character outside the alphabet skipped.
-    static QByteArray data(QStringView base64);
+    // Standard base64 with every character outside the alphabet skipped;
+    // firstStray gets the index of the first one that is not white space, or -1.
+    static QByteArray data(QStringView base64, qsizetype *firstStray = nullptr);
 };

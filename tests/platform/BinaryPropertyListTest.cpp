@@ -1,6 +1,7 @@
 // The binary codec: exact failure places, the platform's type codes and bytes, real files.
 #include "Corpus.h"
 #include "TestRegistry.h"
+#include "WarningsPicture.h"
 
 #include "platform/BinaryPropertyListReader.h"
 #include "platform/BinaryPropertyListWriter.h"
@@ -73,7 +74,7 @@ private slots:
 };
 
 // Broken files fail with the status, byte offset and object number given; good
-// ones read as the value given, type codes included.
+// ones read as the value given, type codes included, with the warnings given.
 void BinaryPropertyListTest::reads_data()
 {
     QTest::addColumn<QByteArray>("input");
@@ -81,13 +82,17 @@ void BinaryPropertyListTest::reads_data()
     QTest::addColumn<qint64>("offset");
     QTest::addColumn<qint64>("object");
     QTest::addColumn<PropertyList>("expected");
+    QTest::addColumn<QString>("warnings");
     using S = ReadStatus;
     using P = PropertyList;
     const auto bad = [](const char *name, const QByteArray &input, S status, qint64 offset, qint64 object) {
-        QTest::newRow(name) << input << status << offset << object << P();
+        QTest::newRow(name) << input << status << offset << object << P() << QString();
     };
-    const auto good = [](const char *name, const QByteArray &input, const P &expected) {
-        QTest::newRow(name) << input << S::Ok << qint64(-1) << qint64(-1) << expected;
+    const auto warned = [](const char *name, const QByteArray &input, const P &expected, const char *warnings) {
+        QTest::newRow(name) << input << S::Ok << qint64(-1) << qint64(-1) << expected << QString::fromLatin1(warnings);
+    };
+    const auto good = [warned](const char *name, const QByteArray &input, const P &expected) {
+        warned(name, input, expected, "");
     };
     bad("header only", QByteArray("bplist00"), S::Truncated, 8, -1);
     bad("xml is no binary", QByteArray("<?xml version"), S::BadHeader, 0, -1);
@@ -124,14 +129,19 @@ void BinaryPropertyListTest::reads_data()
     good("13 is q", bplist({"100d"}), P::integer(13, 'q'));
     good("4 bytes read unsigned", bplist({"12ffffffff"}), P::integer(4294967295, 'q'));
     good("8-byte -1 is i", bplist({"13ffffffffffffffff"}), P::integer(-1, 'i'));
-    good("16 bytes keep low half as Q", bplist({"14ffffffffffffffff0000000000000005"}), P::unsignedInteger(5, 'Q'));
+    warned("16 bytes keep low half as Q", bplist({"14ffffffffffffffff0000000000000005"}), P::unsignedInteger(5, 'Q'),
+           "OutOfRange at object 0, byte 8");
     good("4-byte real is f", bplist({"223f800000"}), P::real(1.0, 'f'));
     good("last second of 9999", bplist({"33424d62d23c7f8000"}), P::date(252423993599.0));
     good("uid of 2 bytes", bplist({"810102"}), P::uid(258));
     good("surrogate pair", bplist({"62d83dde00"}), str("\xF0\x9F\x98\x80"));
     good("count 15 as integer object", bplist({"5f100f" + QByteArray("61").repeated(15)}), str("aaaaaaaaaaaaaaa"));
-    good("duplicate key keeps first", bplist({"d201010203", "5161", "1001", "1002"}),
-         P(PropertyDictionary{{u"a"_s, P::integer(1, 'i')}}));
+    warned("duplicate key keeps first", bplist({"d201010203", "5161", "1001", "1002"}),
+           P(PropertyDictionary{{u"a"_s, P::integer(1, 'i')}}), "DuplicateKey at object 0, byte 10");
+    warned("a shared dictionary warns once", bplist({"a20101", "d202020303", "5161", "1001"}),
+           P(PropertyArray{P(PropertyDictionary{{u"a"_s, P::integer(1, 'i')}}),
+                           P(PropertyDictionary{{u"a"_s, P::integer(1, 'i')}})}),
+           "DuplicateKey at object 1, byte 13");
     good("3-byte references", bplist({"d1000001000002", "5161", "5162"}, 3), P(PropertyDictionary{{u"a"_s, str("b")}}));
     // An array holding another 1100 times, which holds one number 1100 times:
     // 1.2 million values from 4.4 KB, beyond the budget of a million.
@@ -148,8 +158,10 @@ void BinaryPropertyListTest::reads()
     QFETCH(qint64, offset);
     QFETCH(qint64, object);
     QFETCH(PropertyList, expected);
+    QFETCH(QString, warnings);
     const ReadResult<PropertyList> result = BinaryPropertyListReader::read(input);
     QCOMPARE(result.status, status);
+    QCOMPARE(WarningsPicture::of(result.warnings), warnings);
     QCOMPARE(result.position.offset, offset);
     QCOMPARE(result.position.object, object);
     QCOMPARE(result.message.isEmpty(), status == ReadStatus::Ok);

@@ -2,6 +2,7 @@
 // exact status and place for broken text, and the real files of the corpus.
 #include "Corpus.h"
 #include "TestRegistry.h"
+#include "WarningsPicture.h"
 
 #include "platform/OpenStepPropertyListReader.h"
 #include "platform/PropertyListSerialization.h"
@@ -9,6 +10,8 @@
 #include <QFileInfo>
 #include <QStringEncoder>
 #include <QTest>
+
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -46,6 +49,8 @@ class OpenStepPropertyListTest : public QObject {
 private slots:
     void readsValue_data();
     void readsValue();
+    void readsWithWarnings_data();
+    void readsWithWarnings();
     void rejectsBrokenText_data();
     void rejectsBrokenText();
     void sniff_data();
@@ -86,8 +91,6 @@ void OpenStepPropertyListTest::readsValue_data()
     QTest::newRow("trailing comma in an array") << QByteArray("(a, b,)") << strings({"a", "b"});
     QTest::newRow("key; shorthand inside braces")
         << QByteArray("{ k; \"q\" = v; }") << P(PropertyDictionary{{u"k"_s, str(u"k"_s)}, {u"q"_s, str(u"v"_s)}});
-    QTest::newRow("duplicate key: the last one wins")
-        << QByteArray("{a = 1; a = 2;}") << P(PropertyDictionary{{u"a"_s, str(u"2"_s)}});
     QTest::newRow("a lone quoted string is a string") << QByteArray(" \"just text\" ") << str(u"just text"_s);
     QTest::newRow("strings file") << QByteArray("/* note */\n\"a\" = \"1\";\nb = c; // tail\n")
                                   << P(PropertyDictionary{{u"a"_s, str(u"1"_s)}, {u"b"_s, str(u"c"_s)}});
@@ -126,6 +129,40 @@ void OpenStepPropertyListTest::readsValue()
     const ReadResult<PropertyList> result = OpenStepPropertyListReader::read(input);
     QVERIFY2(result.ok(), qPrintable(result.errorText()));
     QVERIFY2(result.value.isIdenticalTo(expected), qPrintable(mismatch(result.value, expected)));
+    QCOMPARE(WarningsPicture::of(result.warnings), QString());
+}
+
+// What is resolved instead of refused, read as the application reads a file.
+void OpenStepPropertyListTest::readsWithWarnings_data()
+{
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<PropertyList>("expected");
+    QTest::addColumn<QString>("warnings");
+    using P = PropertyList;
+    QTest::newRow("duplicate key: the last one wins")
+        << QByteArray("{a = 1; a = 2;}") << P(PropertyDictionary{{u"a"_s, str(u"2"_s)}})
+        << u"DuplicateKey at line 1, column 9, byte 8"_s;
+    QTest::newRow("octal escape of an unassigned byte, in a strings file read twice")
+        << QByteArray(R"("\376" = 1; "\376" = 2;)") << P(PropertyDictionary{{u"\uFFFD"_s, str(u"2"_s)}})
+        << u"Adjusted at line 1, column 2, byte 1; DuplicateKey at line 1, column 13, byte 12; "
+           "Adjusted at line 1, column 14, byte 13"_s;
+    QTest::newRow("<*R> beyond a double is infinity")
+        << QByteArray("(\n<*R1e999>)") << P(PropertyArray{P::real(std::numeric_limits<double>::infinity())})
+        << u"OutOfRange at line 2, column 1, byte 2"_s;
+    QTest::newRow("markup that is not XML is old-style data")
+        << QByteArray("<ab>") << P(QByteArray("\xAB")) << u"Reinterpreted at line 1, column 1, byte 0"_s;
+}
+
+void OpenStepPropertyListTest::readsWithWarnings()
+{
+    QFETCH(QByteArray, input);
+    QFETCH(PropertyList, expected);
+    QFETCH(QString, warnings);
+    const ReadResult<PropertyListFile> result = PropertyListSerialization::read(input);
+    QVERIFY2(result.ok(), qPrintable(result.errorText()));
+    QCOMPARE(result.value.format, PropertyListFormat::OpenStep);
+    QVERIFY2(result.value.value.isIdenticalTo(expected), qPrintable(mismatch(result.value.value, expected)));
+    QCOMPARE(WarningsPicture::of(result.warnings), warnings);
 }
 
 void OpenStepPropertyListTest::rejectsBrokenText_data()

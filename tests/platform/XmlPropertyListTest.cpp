@@ -3,6 +3,7 @@
 // produce the platform's bytes, and real files must survive a round trip.
 #include "Corpus.h"
 #include "TestRegistry.h"
+#include "WarningsPicture.h"
 
 #include "platform/XmlPropertyListReader.h"
 #include "platform/XmlPropertyListWriter.h"
@@ -50,6 +51,8 @@ private slots:
     void brokenInput();
     void readsValues_data();
     void readsValues();
+    void readsWithWarnings_data();
+    void readsWithWarnings();
     void writesPlatformBytes_data();
     void writesPlatformBytes();
     void corpusFilesRoundTrip_data();
@@ -156,20 +159,13 @@ void XmlPropertyListTest::readsValues_data()
     QTest::newRow("UTF-32LE with mark") << encoded(QStringConverter::Utf32LE, u"<string>é😀</string>"_s, true) << PropertyList(u"é😀"_s);
     QTest::newRow("declared ISO-8859-1") << QByteArray("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><string>\xE9</string>")
                                          << PropertyList(u"é"_s);
-    QTest::newRow("declared UTF-16 in 8-bit text is UTF-8")
-        << QByteArray("<?xml version='1.0' encoding='utf-16'?><string>\xC3\xA9</string>") << PropertyList(u"é"_s);
     QTest::newRow("CF$UID dictionary is a UID") << QByteArray("<dict><key>CF$UID</key><integer>7</integer></dict>") << PropertyList::uid(7);
     QTest::newRow("CF$UID beside another key stays a dictionary")
         << QByteArray("<dict><key>CF$UID</key><integer>7</integer><key>x</key><true/></dict>")
         << PropertyList(PropertyDictionary{{u"CF$UID"_s, PropertyList::integer(7, 'i')}, {u"x"_s, PropertyList::boolean(true)}});
     QTest::newRow("empty plist wrapper is an empty dictionary") << QByteArray("<plist version=\"1.0\">\n</plist>")
                                                                 << PropertyList(PropertyDictionary());
-    QTest::newRow("text after the first element ignored") << QByteArray("<true/> trailing <garbage") << PropertyList::boolean(true);
-    QTest::newRow("duplicate key: last wins") << QByteArray("<dict><key>a</key><integer>1</integer><key>a</key><integer>20</integer></dict>")
-                                              << PropertyList(PropertyDictionary{{u"a"_s, PropertyList::integer(20, 'q')}});
-    QTest::newRow("data skips non-base64 characters") << QByteArray("<data>\n\tQU\n\tJD !</data>") << PropertyList(QByteArray("ABC"));
     QTest::newRow("date in year 0") << QByteArray("<date>0000-12-30T00:00:00Z</date>") << PropertyList::date(-63114076800.0);
-    QTest::newRow("day past the month's end runs on") << QByteArray("<date>2019-02-30T00:00:00Z</date>") << PropertyList::date(573177600.0);
     QTest::newRow("empty-element forms")
         << QByteArray("<array><string/><data/><dict/><array/><true></true></array>")
         << PropertyList(PropertyArray{PropertyList(QString()), PropertyList(QByteArray()), PropertyList(PropertyDictionary()),
@@ -194,6 +190,59 @@ void XmlPropertyListTest::readsValues()
     QVERIFY2(result.ok(), qPrintable(result.errorText()));
     QVERIFY2(result.value.isIdenticalTo(expected),
              qPrintable(result.value.description() + u" type "_s + QLatin1Char(result.value.typeCode() ? result.value.typeCode() : '-')));
+    QCOMPARE(WarningsPicture::of(result.warnings), QString());
+}
+
+// What the reader resolves instead of refusing: the value read and one warning
+// per resolution, at its place.
+void XmlPropertyListTest::readsWithWarnings_data()
+{
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<PropertyList>("expected");
+    QTest::addColumn<QString>("warnings");
+    const auto row = [](const char *name, const QByteArray &input, const PropertyList &expected, const char *warnings) {
+        QTest::newRow(name) << input << expected << QString::fromLatin1(warnings);
+    };
+    row("duplicate key: last wins", "<dict><key>a</key><integer>1</integer><key>a</key><integer>20</integer></dict>",
+        PropertyList(PropertyDictionary{{u"a"_s, PropertyList::integer(20, 'q')}}),
+        "DuplicateKey at line 1, column 39, byte 38");
+    row("real beyond a double is infinity", "<array><real>-1e999</real></array>", PropertyList(PropertyArray{PropertyList::real(-kInf)}),
+        "OutOfRange at line 1, column 14, byte 13");
+    row("real below a double's least is zero", "<real>\n1e-999</real>", PropertyList::real(0.0), "OutOfRange at line 1, column 7, byte 6");
+    row("day past the month's end runs on", "<date>2019-02-30T00:00:00Z</date>", PropertyList::date(573177600.0),
+        "Adjusted at line 1, column 7, byte 6");
+    row("data skips non-base64 characters", "<data>\n\tQU\n\tJD !</data>", PropertyList(QByteArray("ABC")),
+        "Dropped at line 1, column 7, byte 6");
+    row("text after the first element ignored", "<true/> trailing <garbage", PropertyList::boolean(true),
+        "Dropped at line 1, column 9, byte 8");
+    row("declared UTF-16 in 8-bit text is UTF-8", "<?xml version='1.0' encoding='utf-16'?><string>\xC3\xA9</string>",
+        PropertyList(u"é"_s), "Reinterpreted at line 1, column 31, byte 30");
+    row("warnings in text order, nested ones first",
+        "<dict><key>k</key><real>1</real>\n<key>k</key><array><real>1e400</real></array></dict>",
+        PropertyList(PropertyDictionary{{u"k"_s, PropertyList(PropertyArray{PropertyList::real(kInf)})}}),
+        "DuplicateKey at line 2, column 1, byte 33; OutOfRange at line 2, column 26, byte 58");
+    // Each pair takes 19 bytes after the 6 of "<dict>"; every key but the first is a repeat.
+    QByteArray repeated = "<dict>";
+    QStringList listed;
+    for (int pair = 0; pair <= ReadWarnings::kLimit + 1; ++pair) {
+        if (pair > 0 && pair <= ReadWarnings::kLimit)
+            listed << u"DuplicateKey at line 1, column %1, byte %2"_s.arg(7 + 19 * pair).arg(6 + 19 * pair);
+        repeated += "<key>k</key><true/>";
+    }
+    QTest::newRow("beyond the limit only a count") << repeated + "</dict>"
+                                                   << PropertyList(PropertyDictionary{{u"k"_s, PropertyList::boolean(true)}})
+                                                   << listed.join(u"; "_s) + u"; More"_s;
+}
+
+void XmlPropertyListTest::readsWithWarnings()
+{
+    QFETCH(QByteArray, input);
+    QFETCH(PropertyList, expected);
+    QFETCH(QString, warnings);
+    const ReadResult<PropertyList> result = XmlPropertyListReader::read(input);
+    QVERIFY2(result.ok(), qPrintable(result.errorText()));
+    QVERIFY2(result.value.isIdenticalTo(expected), qPrintable(result.value.description()));
+    QCOMPARE(WarningsPicture::of(result.warnings), warnings);
 }
 
 void XmlPropertyListTest::writesPlatformBytes_data()
