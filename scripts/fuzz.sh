@@ -5,10 +5,11 @@
 #
 # A plain run grows fuzz/corpus/<target>/ (committed, replayed by the tests): it
 # starts from project-made inputs only (that corpus, fuzz/seeds/, tests/data/)
-# and merges what it found back, minimized. Property lists other people wrote
-# must not reach the repository, nor anything mutated from them, so the shared
-# corpus is used only by --explore, whose queue stays in fuzz-out/ and is never
-# merged. Crashes, hangs and out-of-memory inputs land in fuzz-out/<target>/findings/.
+# and adds the smallest inputs that reach something new. Property lists other
+# people wrote must not reach the repository, nor anything mutated from them,
+# so the shared corpus is used only by --explore, whose queue stays in
+# fuzz-out/ and is never merged. Crashes, hangs and out-of-memory inputs land
+# in fuzz-out/<target>/findings/.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 explore=0
@@ -93,8 +94,11 @@ for t in "${targets[@]}"; do
     -print_final_stats=1 -artifact_prefix="$out/findings/" || status=1
   [ $explore = 1 ] && continue
 
+  # Existing inputs stay and new ones come only for new coverage, so a run
+  # changes few files of the repository.
   merged="$out/merged"
   rm -rf "$merged" && mkdir -p "$merged"
+  [ -d "$root/fuzz/corpus/$t" ] && cp -p "$root/fuzz/corpus/$t"/* "$merged"/
   "$fuzzer" -merge=1 -max_len="$max_len" -timeout=10 -rss_limit_mb=2048 \
     "$merged" "$out/project-seeds" "$queue" 2>"$out/merge.log" \
     || { echo "merge failed, see $out/merge.log" >&2; exit 1; }
