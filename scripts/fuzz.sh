@@ -19,6 +19,7 @@ shift || true
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=(xml binary openstep archive defaults)
 max_len=4096 # small inputs keep the committed corpus small and quick to replay
+[ $explore = 1 ] && max_len=131072 # real files are larger, and nothing is kept
 shared="${ORVANE_CORPUS:-$root/../shared/corpus}"
 
 "$root/scripts/install-deps.sh" clang libclang-rt-14-dev
