@@ -4,6 +4,7 @@
 #include "ParallelSplit.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -11,7 +12,7 @@
 ChildList &ChildList::operator=(ChildList &&other) noexcept
 {
     if (this != &other) {
-        clear();
+        clear(nullptr);
         m_block = std::exchange(other.m_block, nullptr);
     }
     return *this;
@@ -71,7 +72,7 @@ void ChildList::removeAt(qsizetype i)
     --m_block->size;
 }
 
-void ChildList::clear()
+void ChildList::clear(const PListNode *owner)
 {
     if (!m_block)
         return;
@@ -80,10 +81,21 @@ void ChildList::clear()
     Pointer *items = itemsOf(block);
     // Closing a large document releases millions of nodes; its subtrees
     // share nothing but reference-counted texts, so they are released in
-    // two halves side by side.
+    // two halves side by side. A node held in both halves (or in two
+    // groups) has its link read from both sides, hence the atomic access,
+    // which costs a plain load and store.
+    const auto release = [items, owner](qsizetype first, qsizetype last) {
+        for (qsizetype i = first; i < last; ++i) {
+            if (owner && items[i]) {
+                std::atomic_ref<PListNode *> link(items[i]->m_parent);
+                if (link.load(std::memory_order_relaxed) == owner)
+                    link.store(nullptr, std::memory_order_relaxed);
+            }
+            std::destroy_at(items + i);
+        }
+    };
     ParallelSplit::run(
-        block->size, [items](qsizetype i) { return 1 + (items[i] ? items[i]->children().size() : 0); },
-        [items](qsizetype first, qsizetype last) { std::destroy(items + first, items + last); });
+        block->size, [items](qsizetype i) { return 1 + (items[i] ? items[i]->children().size() : 0); }, release);
     ::operator delete(block);
 }
 

@@ -21,7 +21,7 @@ public:
     ChildList &operator=(const ChildList &) = delete;
     ChildList(ChildList &&other) noexcept : m_block(std::exchange(other.m_block, nullptr)) {}
     ChildList &operator=(ChildList &&other) noexcept;
-    ~ChildList() { clear(); }
+    ~ChildList() { clear(nullptr); }
 
     qsizetype size() const { return m_block ? m_block->size : 0; }
     bool isEmpty() const { return size() == 0; }
@@ -39,7 +39,10 @@ public:
     void insert(qsizetype i, Pointer child, quint64 mark);
     void append(Pointer child, quint64 mark) { insert(size(), std::move(child), mark); }
     void removeAt(qsizetype i);
-    void clear();
+    // Lets go of every child. Children that live on (held by undo records or
+    // the pasteboard) lose their parent link when it is owner, the group that
+    // holds this list, so no link outlives its parent.
+    void clear(const PListNode *owner);
 
     // Gives every place that holds child this mark (a node may sit in a list twice).
     void setMarkOf(const PListNode *child, quint64 mark);

@@ -152,12 +152,10 @@ PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary,
 PListNodePtr PListNode::initFromArray(const PropertyArray &array, const QString &name)
 {
     PListNodePtr node = makeGroup(name, emptyArrayMarker(), ArrayClass);
-    node->m_arrayInit = true;
     // Array elements are named by their own description text; the outline labels
     // them by position instead (displayName), and fixupNames makes the two agree.
     const auto itemAt = [&](qsizetype i) -> const PropertyList & { return array.at(i); };
     node->fillWhileBuilding(array.size(), itemAt, [&](qsizetype i) { return elementFor(array.at(i)); });
-    node->m_arrayInit = false;
     return node;
 }
 
@@ -255,7 +253,7 @@ bool PListNode::insertChild(const PListNodePtr &child, int index)
     m_children.insert(index, child, mark);
     child->setNodeParent(this);
     takeInChildMark(mark);
-    if (isArray() && !m_arrayInit)
+    if (isArray())
         refreshArrayItems();
     notify(NodeRefresh::Count);
     return true;
@@ -276,7 +274,7 @@ quint64 PListNode::insertChildrenOnly(const QList<PListNodePtr> &children, int i
         child->setNodeParent(this);
         marks |= mark;
     }
-    if (isArray() && !m_arrayInit)
+    if (isArray())
         refreshArrayItems();
     notify(NodeRefresh::Count);
     return marks;
@@ -284,12 +282,14 @@ quint64 PListNode::insertChildrenOnly(const QList<PListNodePtr> &children, int i
 
 void PListNode::removeChild(const PListNodePtr &child)
 {
-    if (!child || indexOfChild(child.get()) < 0)
-        return;
-    child->setNodeParent(nullptr);
+    // Only the child itself is removed, never an equal stranger, whose parent
+    // link belongs to the group that holds it.
     const int position = indexOfChildIdenticalTo(child.get());
-    if (position >= 0)
-        m_children.removeAt(position);
+    if (position < 0)
+        return;
+    if (child->m_parent == this)
+        child->setNodeParent(nullptr);
+    m_children.removeAt(position);
     if (isArray())
         refreshArrayItems();
     notify(NodeRefresh::Count);

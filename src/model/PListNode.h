@@ -66,7 +66,10 @@ struct RenditionStyle {
 // Ownership: a node owns its children through shared pointers; undo records and
 // pasteboard payloads may hold removed nodes alive so the same node is put
 // back. The parent and, in a filtered copy, the search reference (the real node
-// this one stands for) are plain non-owning pointers. While a search reference
+// this one stands for) are plain non-owning pointers. Only the group that holds
+// a node sets its parent link, and that group clears it when it removes the
+// node or lets go of its children, so the link never outlives the parent. A
+// copy is standalone: no parent and no search reference. While a search reference
 // is set, name, value (of leaves), menu, loadedByUserDefaults, initialValue,
 // setName, setValue, setMenu and setCanEdit act on the referenced node.
 class PListNode {
@@ -133,12 +136,13 @@ public:
     bool loadedByUserDefaults() const;
     void setLoadedByUserDefaults(bool loaded);
     PListNode *nodeParent() const { return m_parent; }
-    void setNodeParent(PListNode *parent);
     PListNode *searchReference() const { return m_searchReference; }
     void setSearchReference(PListNode *reference);
 
     // ---- equality, copies, archive, debug text (node tree) ----
     bool isEqualToNode(const PListNode &other) const;
+    // A standalone deep copy: what this node answers (a filtered entry's real
+    // name, value, tag and flags), with no link into any tree.
     PListNodePtr copy() const;
     ArchivedNode encodeWithCoder() const;
     static PListNodePtr initWithCoder(const ArchivedNode &archived);
@@ -176,7 +180,7 @@ public:
 
     PListNode(const PListNode &) = delete;
     PListNode &operator=(const PListNode &) = delete;
-    ~PListNode() = default;
+    ~PListNode() { m_children.clear(this); }
 
 private:
     // Nodes live in shared pointers only; the key keeps construction to the factories.
@@ -188,6 +192,10 @@ public:
     explicit PListNode(Private) {}
 
 private:
+    // Links a node to the group that now holds it (nullptr: to none), and
+    // passes that group's editability down to it.
+    void setNodeParent(PListNode *parent);
+    PListNodePtr copyWith(bool canEdit) const;
     void notify(NodeRefresh what) const;
     // Makes count children at once, make(i) for each, while the tree is built.
     void fillWhileBuilding(qsizetype count, const std::function<const PropertyList &(qsizetype)> &valueAt,
@@ -254,7 +262,6 @@ private:
     bool m_valueIsBool : 1 = false;
     bool m_loadedByUserDefaults : 1 = false;
     bool m_canEdit : 1 = true;
-    bool m_arrayInit : 1 = false;
     // Data and UID values show "(Data Item)" and nothing when read, but their
     // description once they were set by editing.
     bool m_describesValue : 1 = false;
@@ -269,6 +276,7 @@ private:
     ChildList m_children;
 
     friend class PListNodeAccess;
+    friend class ChildList; // clears the links of the children it lets go
 };
 
 // With the shared pointer's control block in front, a node takes one 112-byte

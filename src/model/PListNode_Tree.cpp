@@ -381,44 +381,41 @@ bool PListNode::isEqualToNode(const PListNode &other) const
 
 // ---- copies -------------------------------------------------------------------
 
-PListNodePtr PListNode::copy() const
+PListNodePtr PListNode::copy() const { return copyWith(target()->m_canEdit); }
+
+// Every node of the copy takes canEdit, as a child inserted under the copy
+// would take its parent's editability.
+PListNodePtr PListNode::copyWith(bool canEdit) const
 {
+    const PListNode &real = *target();
     PListNodePtr node = make();
-    // A name still kept as the element's value stays so in the copy.
+    // A name still kept as the element's value stays so in the copy; a
+    // filtered entry has no name of its own and gives its real entry's.
     if (m_searchReference) {
-        node->m_name = name();
+        node->m_name = real.ownName();
     } else {
         node->m_name = m_name;
         node->m_nameIsDescription = m_nameIsDescription;
     }
     node->m_isLeaf = m_isLeaf;
-    node->m_canEditValue = m_canEditValue;
-    node->m_valueIsBool = m_valueIsBool;
-    node->m_loadedByUserDefaults = loadedByUserDefaults();
-    node->m_canEdit = m_canEdit;
-    node->m_objectValue = m_objectValue;
-    node->m_menuValue = m_menuValue;
-    node->m_describesValue = m_describesValue;
-    node->refreshSignature();
-    // The copy refers to the same parent and real node as the source, owning
-    // neither, until someone inserts it somewhere.
-    node->m_parent = m_parent;
-    node->m_searchReference = m_searchReference;
-
-    QList<PListNodePtr> children;
-    children.reserve(m_children.size());
-    for (const PListNodePtr &child : m_children)
-        children.append(child->copy());
-    // The flag that quiets per-item refreshes is raised on the source, not on
-    // the copy, so the copy's array items are still refreshed. Kept as the
-    // application has always done it. Nodes are only ever made non-const
-    // (make()), so writing the flag through this const member is sound.
-    auto *source = const_cast<PListNode *>(this);
-    source->m_arrayInit = true;
-    // The source's parent does not hold the copy, so what the copied children
-    // add to the copy's mark is not looked for in its list.
-    node->insertChildrenOnly(children, 0);
-    source->m_arrayInit = false;
+    // A filtered group holds its own class marker, a leaf its real value.
+    node->m_objectValue = m_isLeaf ? real.m_objectValue : m_objectValue;
+    node->m_menuValue = real.m_menuValue;
+    node->m_canEditValue = real.m_canEditValue;
+    node->m_valueIsBool = real.m_valueIsBool;
+    node->m_describesValue = real.m_describesValue;
+    node->m_loadedByUserDefaults = real.m_loadedByUserDefaults;
+    node->m_canEdit = canEdit;
+    node->refreshOwnSignature();
+    // Built as the tree is: each copied child is linked and marked directly,
+    // since nobody observes the new copy and no group above it holds a mark.
+    node->m_children.reserve(m_children.size());
+    for (const PListNodePtr &child : m_children) {
+        PListNodePtr copied = child->copyWith(canEdit);
+        copied->m_parent = node.get();
+        const quint64 mark = copied->filterMark();
+        node->m_children.append(std::move(copied), mark);
+    }
     return node;
 }
 

@@ -81,7 +81,7 @@ private slots:
         ChildList moved(std::move(list));
         QVERIFY(sameAs(moved, expected));
         QVERIFY(list.isEmpty());
-        moved.clear();
+        moved.clear(nullptr);
         QVERIFY(moved.isEmpty() && moved.marks() == nullptr);
     }
 
