@@ -4,7 +4,7 @@
 #include "PlistTool.h"
 
 #include "import/DefaultsTextParser.h"
-#include "model/PropertyListTreeModel.h"
+#include "model/ValueClass.h"
 
 #include <QFile>
 
@@ -67,7 +67,7 @@ QString record(int number, const DefaultsTextParser::Result &result, bool wholeT
     case DefaultsTextParser::Outcome::Entry: {
         const PropertyList &value = result.dictionary.valueAt(0);
         return start + u"entry "_s + quoted(result.domain) + u' ' + quoted(result.dictionary.keyAt(0)) + u' '
-            + PropertyListTreeModel::className(value) + u' ' + indentedDescription(value);
+            + ValueClasses::titleOf(value) + u' ' + indentedDescription(value);
     }
     case DefaultsTextParser::Outcome::NoResult:
         return start + u"no result"_s;

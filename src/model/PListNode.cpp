@@ -4,7 +4,6 @@
 #include "ParallelSplit.h"
 #include "VXAdditions.h"
 
-#include <QCoreApplication>
 #include <QHash>
 #include <QLoggingCategory>
 
@@ -23,24 +22,6 @@ QHash<const PListNode *, PListNodeObserver *> &observers()
     return registry;
 }
 
-QString tr(const char *text) { return QCoreApplication::translate("PListNode", text); }
-
-// The fixed texts every node of a kind shows, translated once and shared by all
-// of them instead of allocated per node (a large file has millions of nodes).
-struct SharedTexts {
-    QString dictionary = tr("a dictionary");
-    QString array = tr("an array");
-    QString dataItem = tr("(Data Item)");
-    QString yes = tr("true");
-    QString no = tr("false");
-};
-
-const SharedTexts &texts()
-{
-    static const SharedTexts shared;
-    return shared;
-}
-
 } // namespace
 
 // ---- construction -----------------------------------------------------------
@@ -57,31 +38,13 @@ PListNodePtr PListNode::leafWithoutSignature(const PropertyList &value)
 {
     PListNodePtr node = make();
     node->m_objectValue = value;
-    switch (value.type()) {
-    case PropertyList::Type::String:
-        node->m_menuValue = StringClass;
-        break;
-    case PropertyList::Type::Data:
-        node->m_menuValue = DataClass;
-        node->m_canEditValue = false;
-        break;
-    case PropertyList::Type::Integer:
-        node->m_menuValue = IntegerClass;
-        break;
-    case PropertyList::Type::Real:
-        node->m_menuValue = FloatClass;
-        break;
-    case PropertyList::Type::Boolean:
-        node->m_menuValue = BooleanClass;
-        node->m_valueIsBool = true;
-        break;
-    case PropertyList::Type::Date:
-        node->m_menuValue = DateClass;
-        break;
-    default:
-        // A value of no class (a keyed archiver's UID) gets no tag and no text.
-        break;
-    }
+    // A value of no class (a keyed archiver's UID) gets no tag and no text,
+    // and a leaf cannot hold a group's class.
+    const ValueClass tag = ValueClasses::of(value);
+    if (tag != ArrayClass && tag != DictionaryClass)
+        node->m_menuValue = static_cast<qint8>(tag);
+    node->m_canEditValue = tag != DataClass;
+    node->m_valueIsBool = tag == BooleanClass;
     return node;
 }
 
@@ -487,18 +450,18 @@ PropertyList PListNode::value() const
 QString PListNode::ownDisplayText() const
 {
     if (!m_isLeaf)
-        return m_objectValue.isArray() ? texts().array : texts().dictionary;
+        return m_objectValue.isArray() ? ValueClasses::texts().array : ValueClasses::texts().dictionary;
     switch (m_objectValue.type()) {
     case PropertyList::Type::String:
         return m_objectValue.stringRef();
     case PropertyList::Type::Boolean:
         // A boolean that came in through another class shows its number, 1 or 0.
         if (m_valueIsBool)
-            return m_objectValue.toBool() ? texts().yes : texts().no;
+            return m_objectValue.toBool() ? ValueClasses::texts().yes : ValueClasses::texts().no;
         break;
     case PropertyList::Type::Data:
         if (!m_describesValue)
-            return texts().dataItem;
+            return ValueClasses::texts().dataItem;
         break;
     case PropertyList::Type::Uid:
         if (!m_describesValue)

@@ -4,6 +4,7 @@
 #include "platform/SequentialArchive.h"
 
 #include "ChildList.h"
+#include "ValueClass.h"
 
 #include <QList>
 #include <QString>
@@ -25,19 +26,6 @@ class PListNodeObserver {
 public:
     virtual ~PListNodeObserver() = default;
     virtual void nodeNeedsRefresh(const PListNode &node, NodeRefresh what) = 0;
-};
-
-// The value classes: the tag each node keeps, and the class pop-up's item tags.
-enum ValueClass : int {
-    StringClass = 0,
-    DataClass = 1,
-    IntegerClass = 2,
-    FloatClass = 3,
-    BooleanClass = 4,
-    DateClass = 5,
-    ArrayClass = 6,
-    DictionaryClass = 7,
-    NoClass = -1, // a leaf whose value is of no known class
 };
 
 // How a rendition is drawn: which colour role and font the view should use.
@@ -154,11 +142,10 @@ public:
     // failed or the class cannot be chosen); the tag is stored either way.
     bool setMenu(int tag);
     QString stringValue() const;
-    static QString classTitle(int tag); // "String" … "Dictionary"; empty beyond 7
 
     QString displayName() const;  // "Item %d" for array children, else the name
     QString displayValue() const { return stringValue(); }
-    QString displayMenu() const { return classTitle(menu()); }
+    QString displayMenu() const { return ValueClasses::title(menu()); }
     QString countedText() const;  // "%d %@": "0 Items", "1 Item", "2 Items"
     RenditionStyle style(Rendition rendition, const RenditionSettings &settings, bool itemCount = false) const;
 

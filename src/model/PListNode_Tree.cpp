@@ -3,7 +3,6 @@
 
 #include "ParallelSplit.h"
 
-#include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QScopeGuard>
 
@@ -313,7 +312,6 @@ void PListNode::fixupNames()
         qCWarning(lcModel, "Attempt to fix the names of a non-array type.");
         return;
     }
-    const QString item = QCoreApplication::translate("PListNode", "Item");
     // Each child's position is found by identity, so a node that sits in the
     // array twice is named after its first place; walking backwards gives it
     // that name last without a search per child. The children's marks are
@@ -321,11 +319,11 @@ void PListNode::fixupNames()
     for (qsizetype i = m_children.size() - 1; i >= 0; --i) {
         PListNode &child = *m_children.at(i);
         if (child.m_searchReference || child.m_parent != this) {
-            child.setName(QStringLiteral("%1 %2").arg(item).arg(i + 1));
+            child.setName(ValueClasses::itemLabel(i + 1));
             continue;
         }
         child.forgetNameFromValue();
-        child.m_name = QStringLiteral("%1 %2").arg(item).arg(i + 1);
+        child.m_name = ValueClasses::itemLabel(i + 1);
         child.refreshOwnSignature();
         child.notify(NodeRefresh::Name);
     }

@@ -4,8 +4,6 @@
 #include "VXAdditions.h"
 #include "platform/StringReadings.h"
 
-#include <QCoreApplication>
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -13,8 +11,6 @@
 #include <type_traits>
 
 namespace {
-
-QString tr(const char *text) { return QCoreApplication::translate("PListNode", text); }
 
 // A number's value as a 64-bit pattern, the way the platform's number class
 // hands it to a narrower accessor: integers as their bits, booleans as 0 or 1,
@@ -249,37 +245,13 @@ bool PListNode::setMenu(int tag)
 
 QString PListNode::stringValue() const { return target()->ownDisplayText(); }
 
-QString PListNode::classTitle(int tag)
-{
-    switch (tag) {
-    case StringClass:
-        return tr("String");
-    case DataClass:
-        return tr("Data");
-    case IntegerClass:
-        return tr("Integer");
-    case FloatClass:
-        return tr("Float");
-    case BooleanClass:
-        return tr("Boolean");
-    case DateClass:
-        return tr("Date");
-    case ArrayClass:
-        return tr("Array");
-    case DictionaryClass:
-        return tr("Dictionary");
-    default:
-        return QString();
-    }
-}
-
 QString PListNode::displayName() const
 {
     // A filtered entry is labelled as the real one, by the real position.
     const PListNode *node = target();
     if (node->m_parent && node->m_parent->isArray()) {
         const int position = node->m_parent->indexOfChildIdenticalTo(node) + 1;
-        return QStringLiteral("%1 %2").arg(tr("Item")).arg(position);
+        return ValueClasses::itemLabel(position);
     }
     return node->ownName();
 }
@@ -288,7 +260,8 @@ QString PListNode::countedText() const
 {
     // A filtered group counts its own (matching) children.
     const int count = numberOfChildren();
-    return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? tr("Item") : tr("Items"));
+    const ValueClasses::Texts &texts = ValueClasses::texts();
+    return QString::number(count) + QLatin1Char(' ') + (count == 1 ? texts.item : texts.items);
 }
 
 RenditionStyle PListNode::style(Rendition rendition, const RenditionSettings &settings, bool itemCount) const
