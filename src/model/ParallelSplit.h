@@ -2,14 +2,13 @@
 
 #include <QtGlobal>
 
-#include <system_error>
-#include <thread>
+#include <functional>
 
 // Opening, sorting and filtering a large file walk millions of nodes, and the
 // machine has more than one core. A walk over a node's children can hand the
-// second half of them to another thread, when the subtrees are large enough to
-// repay starting one. Only the outermost walk splits: a walk already running on
-// a second thread goes on in that thread.
+// second half of them to a thread of a pool that every walk shares, when the
+// subtrees are large enough to repay it. Only the outermost walk splits: a
+// walk already running on behalf of a split goes on in its own thread.
 namespace ParallelSplit {
 
 // Total weight (roughly nodes) below which one thread does all the work.
@@ -29,10 +28,17 @@ bool worthSplitting(qsizetype count, WeightOf weightOf)
     return total >= kWorthAThread;
 }
 
+// Runs first here and second on the shared pool, side by side. When no pool
+// thread has taken second up by the time first is done (the pool is busy, or
+// gone at exit), this thread runs it itself rather than wait idle. Never
+// throws: releasing a tree comes here from a destructor.
+void sideBySide(const std::function<void()> &first, const std::function<void()> &second) noexcept;
+
 // Runs work(first, last) over the ranges of [0, count) so that each range
 // carries about half of the weight weightOf(i) of the items, the second one on
 // another thread; or work(0, count) alone for a small or nested walk. The work
-// must touch only what belongs to its own items.
+// must touch only what belongs to its own items. Which thread runs a range
+// never changes what it does, so results do not depend on it.
 template<typename WeightOf, typename Work>
 void run(qsizetype count, WeightOf weightOf, Work work)
 {
@@ -46,23 +52,7 @@ void run(qsizetype count, WeightOf weightOf, Work work)
     qsizetype middle = 0;
     for (qint64 weight = 0; middle < count - 1 && weight * 2 < total; ++middle)
         weight += weightOf(middle);
-    t_inSplit = true;
-    std::thread second;
-    try {
-        second = std::thread([&] {
-            t_inSplit = true;
-            work(middle, count);
-        });
-    } catch (const std::system_error &) {
-        // No thread to be had: this one does both halves. Releasing a tree
-        // runs here from a destructor, which must not throw.
-        work(qsizetype(0), count);
-        t_inSplit = false;
-        return;
-    }
-    work(qsizetype(0), middle);
-    second.join();
-    t_inSplit = false;
+    sideBySide([&] { work(qsizetype(0), middle); }, [&] { work(middle, count); });
 }
 
 } // namespace ParallelSplit
