@@ -2,7 +2,6 @@
 #include "PListNode.h"
 
 #include "ParallelSplit.h"
-#include "VXAdditions.h"
 
 #include <QHash>
 #include <QLoggingCategory>
@@ -11,8 +10,6 @@
 #include <vector>
 
 Q_LOGGING_CATEGORY(lcModel, "orvane.model")
-
-namespace TextSignature = VXAdditions::TextSignature;
 
 namespace {
 
@@ -30,7 +27,7 @@ PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &va
 {
     PListNodePtr node = leafWithoutSignature(value);
     node->m_name = name;
-    node->refreshSignature();
+    node->refreshOwnSignature();
     return node;
 }
 
@@ -87,7 +84,7 @@ PListNodePtr PListNode::elementFor(const PropertyList &value)
     child->m_nameIsDescription = true;
     if (!child->m_isLeaf)
         child->m_objectValue = value;
-    child->refreshSignature();
+    child->refreshOwnSignature();
     return child;
 }
 
@@ -99,7 +96,7 @@ PListNodePtr PListNode::makeGroup(const QString &name, const PropertyList &marke
     node->m_objectValue = marker;
     node->m_menuValue = static_cast<qint8>(tag);
     node->m_canEditValue = false;
-    node->refreshSignature();
+    node->refreshOwnSignature();
     return node;
 }
 
@@ -212,35 +209,26 @@ bool PListNode::insertChild(const PListNodePtr &child, int index)
         qCCritical(lcModel, "insertChild: index %d beyond bounds [0 .. %d]", index, numberOfChildren());
         return false;
     }
-    const quint64 mark = child->filterMark();
-    m_children.insert(index, child, mark);
+    // A child's mark comes into the list with it.
+    m_children.insert(index, child, child->filterMark());
     child->setNodeParent(this);
-    takeInChildMark(mark);
     if (isArray())
         refreshArrayItems();
-    notify(NodeRefresh::Count);
+    changed({NodeRefresh::Count});
     return true;
 }
 
 void PListNode::insertChildren(const QList<PListNodePtr> &children, int index)
 {
-    takeInChildMark(insertChildrenOnly(children, index));
-}
-
-quint64 PListNode::insertChildrenOnly(const QList<PListNodePtr> &children, int index)
-{
     index = std::clamp(index, 0, numberOfChildren());
-    quint64 marks = 0;
     for (const PListNodePtr &child : children) {
-        const quint64 mark = child->filterMark();
-        m_children.insert(index++, child, mark);
+        m_children.insert(index++, child, child->filterMark());
         child->setNodeParent(this);
-        marks |= mark;
     }
     if (isArray())
         refreshArrayItems();
-    notify(NodeRefresh::Count);
-    return marks;
+    // Once for the whole batch: the groups above are walked once.
+    changed({NodeRefresh::Count});
 }
 
 void PListNode::removeChild(const PListNodePtr &child)
@@ -255,7 +243,7 @@ void PListNode::removeChild(const PListNodePtr &child)
     m_children.removeAt(position);
     if (isArray())
         refreshArrayItems();
-    notify(NodeRefresh::Count);
+    changed({NodeRefresh::Count});
 }
 
 void PListNode::removeFromParent()
@@ -331,8 +319,7 @@ void PListNode::setName(const QString &name)
     PListNode *node = target();
     node->forgetNameFromValue();
     node->m_name = name;
-    node->refreshSignature();
-    node->notify(NodeRefresh::Name);
+    node->changed({NodeRefresh::Name});
 }
 
 void PListNode::keepNameFromValue()
@@ -341,7 +328,6 @@ void PListNode::keepNameFromValue()
         return;
     m_name = m_objectValue.description();
     forgetNameFromValue();
-    refreshSignature();
 }
 
 PListNodePtr PListNode::emptyGroup(bool array)
@@ -350,78 +336,10 @@ PListNodePtr PListNode::emptyGroup(bool array)
                  : makeGroup(QString(), emptyDictionaryMarker(), DictionaryClass);
 }
 
-void PListNode::refreshSignature()
-{
-    refreshOwnSignature();
-    refreshMarkInParent();
-}
-
-void PListNode::refreshMarkInParent()
-{
-    if (!m_parent)
-        return;
-    const quint64 mark = filterMark();
-    m_parent->m_children.setMarkOf(this, mark);
-    m_parent->takeInChildMark(mark);
-}
-
-quint64 PListNode::filterMark() const
-{
-    if (m_searchReference)
-        return ~quint64(0);
-    const quint64 own = signature() | (m_nameIsDescription ? kNameUnread : 0);
-    return m_isLeaf ? own : own | kGroup | markFromChild(m_children.unitedMarks());
-}
-
-quint64 PListNode::markFromChild(quint64 childMark) const
-{
-    // A child's own name still to be made is searched only outside an array.
-    const quint64 unread = (childMark & kNameUnread) && !isArray() ? kNameUnreadBelow : 0;
-    return (childMark & ~kNameUnread) | unread;
-}
-
-void PListNode::takeInChildMark(quint64 childMark)
-{
-    // What this group gains, its own groups gain too; the walk up ends where
-    // a mark already held it all.
-    const quint64 added = markFromChild(childMark);
-    for (PListNode *node = this; node->m_parent; node = node->m_parent) {
-        if (!node->m_parent->m_children.addToMarkOf(node, added))
-            return;
-    }
-}
-
 void PListNode::setSearchReference(PListNode *reference)
 {
     m_searchReference = reference;
-    refreshMarkInParent();
-}
-
-void PListNode::refreshOwnSignature()
-{
-    // A name still to be made from the value is left out: array elements are
-    // not searched by name, and the filter reads such a name whenever it must.
-    quint64 signature = m_nameIsDescription ? 0 : TextSignature::of(m_name);
-    if (m_isLeaf) {
-        switch (m_objectValue.type()) {
-        case PropertyList::Type::String:
-            signature |= TextSignature::of(m_objectValue.stringRef());
-            break;
-        case PropertyList::Type::Integer:
-        case PropertyList::Type::Real:
-        case PropertyList::Type::Boolean:
-            signature |= TextSignature::ofNumbers();
-            break;
-        case PropertyList::Type::Data:
-        case PropertyList::Type::Date:
-        case PropertyList::Type::Array:
-        case PropertyList::Type::Dictionary:
-        case PropertyList::Type::Uid:
-            break; // never searched by value
-        }
-    }
-    m_signatureLow = static_cast<quint16>(signature);
-    m_signatureHigh = static_cast<quint32>(signature >> 16);
+    changed({});
 }
 
 void PListNode::forgetNameFromValue()

@@ -10,6 +10,7 @@
 #include <QString>
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <utility>
 
@@ -113,7 +114,7 @@ public:
     void setIsLeaf(bool leaf)
     {
         m_isLeaf = leaf;
-        refreshSignature();
+        changed({});
     }
     bool isGroup() const { return !m_isLeaf; }
     bool isArray() const { return !m_isLeaf && m_objectValue.isArray(); }
@@ -191,9 +192,6 @@ private:
     static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag);
     static PListNodePtr elementFor(const PropertyList &value);
     void refreshArrayItems();
-    // insertChildren without telling the groups above: answers the children's
-    // marks together.
-    quint64 insertChildrenOnly(const QList<PListNodePtr> &children, int index);
     PropertyList initialValueInHalves() const;
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }
@@ -211,20 +209,29 @@ private:
     static PListNodePtr emptyGroup(bool array);
     // A leaf of that value, nameless, whose signature the caller sets.
     static PListNodePtr leafWithoutSignature(const PropertyList &value);
+    // ---- what the filter knows of each node (PListNode_Marks.cpp) ----
+    // Every change to a node's texts, class or children ends here: its
+    // signature is made again, its mark in its parent's list follows, the
+    // groups above take in what it adds, and then the observer is told each
+    // of notices in order. Only building (a tree, a copy, a decoded archive,
+    // a filtered copy) and fixupNames set marks themselves, where a change per
+    // node would cost a walk per node; each says so where it does.
+    void changed(std::initializer_list<NodeRefresh> notices);
+    // After fixupNames has renamed every child at once: their marks in this
+    // list made again, one pass instead of one search per child.
+    void remakeChildMarks();
     // Which characters the name (unless it is still to be made from the value)
     // and the searched value text hold; made again whenever either changes.
     quint64 signature() const { return quint64(m_signatureHigh) << 16 | m_signatureLow; }
-    // Makes the signature again, and this node's mark in its parent's list.
-    void refreshSignature();
     void refreshOwnSignature();
-    void refreshMarkInParent();
     // What the filter may find in this node and below it, kept in its
     // parent's list of children: the signatures of its texts and of all its
     // descendants' texts together, kNameUnread when its own name is still to
     // be made, kNameUnreadBelow when a name below it is still to be made and
     // would be searched, kGroup for a group; every bit for a search copy, whose
     // texts are its real node's. A group's mark may hold more than is left
-    // below it (removals do not take bits away), which only costs a visit.
+    // below it (a removal takes bits away from its own group's mark only),
+    // which only costs a visit.
     static constexpr quint64 kNameUnread = quint64(1) << 63;
     static constexpr quint64 kNameUnreadBelow = quint64(1) << 62;
     static constexpr quint64 kGroup = quint64(1) << 61;

@@ -315,7 +315,8 @@ void PListNode::fixupNames()
     // Each child's position is found by identity, so a node that sits in the
     // array twice is named after its first place; walking backwards gives it
     // that name last without a search per child. The children's marks are
-    // made once at the end rather than looked up in this list per rename.
+    // made once at the end rather than looked up in this list per rename:
+    // one of the few places that set marks without changed().
     for (qsizetype i = m_children.size() - 1; i >= 0; --i) {
         PListNode &child = *m_children.at(i);
         if (child.m_searchReference || child.m_parent != this) {
@@ -327,9 +328,8 @@ void PListNode::fixupNames()
         child.refreshOwnSignature();
         child.notify(NodeRefresh::Name);
     }
-    for (qsizetype i = 0; i < m_children.size(); ++i)
-        m_children.setMarkAt(i, m_children.at(i)->filterMark());
-    refreshMarkInParent();
+    remakeChildMarks();
+    changed({});
 }
 
 // ---- ancestry -----------------------------------------------------------------
@@ -456,7 +456,7 @@ PListNodePtr PListNode::initWithCoder(const ArchivedNode &archived)
     // The display text follows from the value; only whether data shows as
     // "(Data Item)" or as its bytes is taken from the archive.
     node->m_describesValue = archived.displayValue != node->ownDisplayText();
-    node->refreshSignature();
+    node->refreshOwnSignature();
     // Not archived, so it comes out false: the node becomes editable only when
     // it is given an editable parent.
     node->m_canEdit = false;

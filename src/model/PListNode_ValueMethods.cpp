@@ -184,9 +184,7 @@ void PListNode::setValue(const PropertyList &newValue)
     m_objectValue = *stored;
     m_valueIsBool = m_menuValue == BooleanClass;
     m_describesValue = true;
-    refreshSignature();
-    notify(NodeRefresh::Value);
-    notify(NodeRefresh::Class);
+    changed({NodeRefresh::Value, NodeRefresh::Class});
 }
 
 bool PListNode::setMenu(int tag)
@@ -224,7 +222,7 @@ bool PListNode::setMenu(int tag)
         break;
     }
     if (!converted) {
-        notify(NodeRefresh::Class);
+        changed({NodeRefresh::Class});
         return false;
     }
 
@@ -235,9 +233,7 @@ bool PListNode::setMenu(int tag)
     if (m_menuValue == BooleanClass)
         m_valueIsBool = true;
     m_describesValue = true;
-    refreshSignature();
-    notify(NodeRefresh::Value);
-    notify(NodeRefresh::Class);
+    changed({NodeRefresh::Value, NodeRefresh::Class});
     return true;
 }
 
