@@ -269,7 +269,7 @@ private:
     QString m_name;
     ChildList m_children;
 
-    friend class PListNodeAccess;
+    friend class PListNodeFilter;
     friend class ChildList; // clears the links of the children it lets go
 };
 
