@@ -135,6 +135,32 @@ quint64 ChildList::unitedMarks() const
     return united;
 }
 
+void ChildList::reorder(qsizetype *order)
+{
+    // Cycle by cycle, in place: each place is filled from the one its child
+    // comes from, which is then free for its own. A finished place is marked
+    // by order[k] == k.
+    Pointer *items = this->items();
+    quint64 *marks = this->marks();
+    for (qsizetype start = 0; start < size(); ++start) {
+        if (order[start] == start)
+            continue;
+        Pointer held = std::move(items[start]);
+        const quint64 heldMark = marks[start];
+        qsizetype k = start;
+        while (order[k] != start) {
+            const qsizetype from = order[k];
+            items[k] = std::move(items[from]);
+            marks[k] = marks[from];
+            order[k] = k;
+            k = from;
+        }
+        items[k] = std::move(held);
+        marks[k] = heldMark;
+        order[k] = k;
+    }
+}
+
 void ChildList::resizeWithEmptyPlaces(qsizetype count)
 {
     Q_ASSERT(count >= size());

@@ -52,7 +52,11 @@ public:
     quint64 unitedMarks() const;
     void setMarkAt(qsizetype i, quint64 mark) { marksOf(m_block)[i] = mark; }
 
-    // For filling or reordering many places at once; the caller sets their marks.
+    // Puts the child that was at order[k] into place k, its mark with it, for
+    // every place k; order must be a permutation of the places, and is used up.
+    void reorder(qsizetype *order);
+
+    // For filling many places at once; the caller sets their marks.
     void resizeWithEmptyPlaces(qsizetype count);
     Pointer *data() { return items(); }
     quint64 *marks() { return m_block ? marksOf(m_block) : nullptr; }

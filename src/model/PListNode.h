@@ -270,6 +270,7 @@ private:
     ChildList m_children;
 
     friend class PListNodeFilter;
+    friend class PListNodeSorter;
     friend class ChildList; // clears the links of the children it lets go
 };
 
