@@ -94,8 +94,8 @@ void ChildList::clear(const PListNode *owner)
             std::destroy_at(items + i);
         }
     };
-    ParallelSplit::run(
-        block->size, [items](qsizetype i) { return 1 + (items[i] ? items[i]->children().size() : 0); }, release);
+    const auto weightOf = [items](qsizetype i) { return 1 + (items[i] ? items[i]->children().size() : 0); };
+    ParallelSplit::run(block->size, weightOf, release);
     ::operator delete(block);
 }
 

@@ -109,6 +109,7 @@ public:
     QString name() const;
     void setName(const QString &name);
     PropertyList value() const;
+    // The node's value-class tag (a ValueClass), named after the class pop-up menu whose item it selects.
     int menu() const;
     bool isLeaf() const { return m_isLeaf; }
     void setIsLeaf(bool leaf)
@@ -139,6 +140,7 @@ public:
 
     // ---- value classes and value editing ----
     void setValue(const PropertyList &newValue);
+    // Chooses the value class by its tag (the class pop-up menu's item) and converts the value to it.
     // Answers false where the platform sounds the alert beep (the conversion
     // failed or the class cannot be chosen); the tag is stored either way.
     bool setMenu(int tag);

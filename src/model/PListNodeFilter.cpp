@@ -59,7 +59,10 @@ PListNodePtr PListNodeFilter::visit(const PListNode &node) const
 
 // ---- matching -----------------------------------------------------------------
 
-bool PListNodeFilter::parentIsArray(const PListNode &node) { return node.m_parent && node.m_parent->isArray(); }
+bool PListNodeFilter::parentIsArray(const PListNode &node)
+{
+    return node.m_parent && node.m_parent->isArray();
+}
 
 // What a leaf's value is searched by: a string's text, a number's description
 // (a boolean's is 1 or 0, not the true or false shown). Dates, data and values
@@ -102,7 +105,8 @@ bool PListNodeFilter::nameMatches(const PListNode &real) const
 bool PListNodeFilter::leafMatches(const PListNode &node) const
 {
     const PListNode &real = *node.target();
-    const bool readTexts = m_query.mayContain(real.signature()) || (real.m_nameIsDescription && !parentIsArray(node));
+    const bool readTexts =
+        m_query.mayContain(real.signature()) || (real.m_nameIsDescription && !parentIsArray(node));
     // Most leaves end here, their first bytes read and nothing else: texts
     // that hold nothing looked for answer as empty ones do.
     if (!readTexts && !m_query.emptyMatches)
@@ -149,7 +153,9 @@ bool PListNodeFilter::valueIsSearched(const PListNode &real)
 // only elsewhere must a name still to be made be read.
 bool PListNodeFilter::mustVisit(quint64 mark, bool inArray) const
 {
-    if (m_query.emptyMatches || (mark & PListNode::kNameUnreadBelow) || ((mark & PListNode::kNameUnread) && !inArray))
+    if (m_query.emptyMatches || (mark & PListNode::kNameUnreadBelow))
+        return true;
+    if ((mark & PListNode::kNameUnread) && !inArray)
         return true;
     return m_query.mayContain(mark);
 }

@@ -3,7 +3,10 @@
 
 #include "PListNodeFilter.h"
 
-PListNodePtr PListNode::queryWithString(const QString &query) const { return PListNodeFilter(query).visit(*this); }
+PListNodePtr PListNode::queryWithString(const QString &query) const
+{
+    return PListNodeFilter(query).visit(*this);
+}
 
 PListNode *PListNode::recursiveSearchForChild(const PListNode &node) const
 {

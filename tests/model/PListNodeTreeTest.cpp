@@ -281,13 +281,14 @@ private slots:
     // gone: none of them may reach into it any more.
     void nodesOutliveTheirTree()
     {
-        PListNodePtr root = PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"k"_s, integer(1)}}}});
+        const PropertyDictionary content{{u"d"_s, PropertyDictionary{{u"k"_s, integer(1)}}}};
+        PListNodePtr root = PListNode::treeFromDictionary(content);
         const PListNodePtr copy = root->firstChild()->copy();
         root.reset();
         copy->setName(u"renamed"_s);
         QCOMPARE(copy->name(), u"renamed"_s);
 
-        root = PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"k"_s, integer(1)}}}});
+        root = PListNode::treeFromDictionary(content);
         const PListNodePtr kept = root->firstChild();
         root.reset();
         QCOMPARE(kept->nodeParent(), nullptr);
