@@ -58,9 +58,10 @@ struct RenditionStyle {
 // this one stands for) are plain non-owning pointers. Only the group that holds
 // a node sets its parent link, and that group clears it when it removes the
 // node or lets go of its children, so the link never outlives the parent. A
-// copy is standalone: no parent and no search reference. While a search reference
-// is set, name, value (of leaves), menu, loadedByUserDefaults, initialValue,
-// setName, setValue, setMenu and setCanEdit act on the referenced node.
+// copy is standalone: no parent and no search reference. A filtered copy lives
+// no longer than the tree it was made from. While a search reference is set,
+// name, value (of leaves), menu, loadedByUserDefaults, initialValue, setName,
+// setValue, setMenu and setCanEdit act on the referenced node.
 class PListNode {
 public:
     // ---- construction (node tree) ----
@@ -211,13 +212,15 @@ private:
     static PListNodePtr emptyGroup(bool array);
     // A leaf of that value, nameless, whose signature the caller sets.
     static PListNodePtr leafWithoutSignature(const PropertyList &value);
+
     // ---- what the filter knows of each node (PListNode_Marks.cpp) ----
     // Every change to a node's texts, class or children ends here: its
     // signature is made again, its mark in its parent's list follows, the
     // groups above take in what it adds, and then the observer is told each
-    // of notices in order. Only building (a tree, a copy, a decoded archive,
-    // a filtered copy) and fixupNames set marks themselves, where a change per
-    // node would cost a walk per node; each says so where it does.
+    // of notices in order. A child's mark enters a list along with the child;
+    // after that, only building (a tree, a copy, a decoded archive, a filtered
+    // copy), fixupNames and the recursive sort bypass this, where a change per
+    // node would cost a walk up per node; each says so where it does.
     void changed(std::initializer_list<NodeRefresh> notices);
     // After fixupNames has renamed every child at once: their marks in this
     // list made again, one pass instead of one search per child.

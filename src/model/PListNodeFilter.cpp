@@ -4,6 +4,10 @@
 
 #include <algorithm>
 
+// The walk's small steps are defined inline, as they were when the filter was
+// one function: they run for every node visited, and a call per step costs
+// more than most steps do.
+
 namespace {
 
 // The name of every document's root, which always answers a filtered tree.
@@ -33,7 +37,7 @@ PListNodeFilter::Query::Query(const QString &query)
 {
 }
 
-bool PListNodeFilter::Query::mayContain(quint64 signature) const
+inline bool PListNodeFilter::Query::mayContain(quint64 signature) const
 {
     const quint64 needed = pattern.signature();
     const quint64 unmarkedNeeded = unmarked.signature();
@@ -59,7 +63,7 @@ PListNodePtr PListNodeFilter::visit(const PListNode &node) const
 
 // ---- matching -----------------------------------------------------------------
 
-bool PListNodeFilter::parentIsArray(const PListNode &node)
+inline bool PListNodeFilter::parentIsArray(const PListNode &node)
 {
     return node.m_parent && node.m_parent->isArray();
 }
@@ -69,7 +73,7 @@ bool PListNodeFilter::parentIsArray(const PListNode &node)
 // of no class are not searched. A number's text is made only when the query
 // could be found in it: a query holding a letter no number shows gets the same
 // answer from an empty text.
-bool PListNodeFilter::valueText(const PListNode &real, QStringView *text, QString *made) const
+inline bool PListNodeFilter::valueText(const PListNode &real, QStringView *text, QString *made) const
 {
     switch (real.m_objectValue.type()) {
     case PropertyList::Type::String:
@@ -95,14 +99,14 @@ bool PListNodeFilter::valueText(const PListNode &real, QStringView *text, QStrin
     return false;
 }
 
-bool PListNodeFilter::nameMatches(const PListNode &real) const
+inline bool PListNodeFilter::nameMatches(const PListNode &real) const
 {
     if (real.m_nameIsDescription)
         return m_query.pattern.matches(real.ownName());
     return m_query.pattern.matches(real.m_name);
 }
 
-bool PListNodeFilter::leafMatches(const PListNode &node) const
+inline bool PListNodeFilter::leafMatches(const PListNode &node) const
 {
     const PListNode &real = *node.target();
     const bool readTexts =
@@ -127,7 +131,7 @@ bool PListNodeFilter::leafMatches(const PListNode &node) const
 
 // Whether a group with no hits inside is shown for its name. Array elements
 // are not searched by name, and their names are made only when they could be.
-bool PListNodeFilter::groupShownByName(const PListNode &node) const
+inline bool PListNodeFilter::groupShownByName(const PListNode &node) const
 {
     const PListNode &real = *node.target();
     if (!real.m_nameIsDescription && !m_query.mayContain(real.signature()))
@@ -135,14 +139,14 @@ bool PListNodeFilter::groupShownByName(const PListNode &node) const
     return !parentIsArray(node) && nameMatches(real);
 }
 
-bool PListNodeFilter::isDocumentRoot(const PListNode &real)
+inline bool PListNodeFilter::isDocumentRoot(const PListNode &real)
 {
     static const quint64 rootSignature = VXAdditions::TextSignature::of(kRootName);
     return !real.m_nameIsDescription && (real.signature() & rootSignature) == rootSignature
         && real.m_name == kRootName;
 }
 
-bool PListNodeFilter::valueIsSearched(const PListNode &real)
+inline bool PListNodeFilter::valueIsSearched(const PListNode &real)
 {
     return real.m_objectValue.isString() || real.m_objectValue.isNumber();
 }
@@ -151,7 +155,7 @@ bool PListNodeFilter::valueIsSearched(const PListNode &real)
 // most leaves, and groups holding nothing that could match, are passed over
 // without being fetched at all. An array element's name is not searched, so
 // only elsewhere must a name still to be made be read.
-bool PListNodeFilter::mustVisit(quint64 mark, bool inArray) const
+inline bool PListNodeFilter::mustVisit(quint64 mark, bool inArray) const
 {
     if (m_query.emptyMatches || (mark & PListNode::kNameUnreadBelow))
         return true;
@@ -162,7 +166,7 @@ bool PListNodeFilter::mustVisit(quint64 mark, bool inArray) const
 
 // ---- the walk -------------------------------------------------------------------
 
-std::vector<PListNodeFilter::Hit> &PListNodeFilter::hits()
+inline std::vector<PListNodeFilter::Hit> &PListNodeFilter::hits()
 {
     thread_local std::vector<Hit> stack;
     return stack;
@@ -204,7 +208,7 @@ PListNodePtr PListNodeFilter::group(const PListNode &node) const
     return finish(node, stack.size() > mark ? copyHolding(node, stack, mark) : nullptr);
 }
 
-PListNodePtr PListNodeFilter::visitChild(const PListNodePtr &child) const
+inline PListNodePtr PListNodeFilter::visitChild(const PListNodePtr &child) const
 {
     // A matching leaf is copied afresh from the child's own name and value.
     if (child->m_isLeaf)
@@ -238,7 +242,7 @@ void PListNodeFilter::walk(const Places &places, qsizetype first, qsizetype last
 }
 
 // What a group gives when none of its children did.
-PListNodePtr PListNodeFilter::finish(const PListNode &node, PListNodePtr copy) const
+inline PListNodePtr PListNodeFilter::finish(const PListNode &node, PListNodePtr copy) const
 {
     if (copy)
         return copy;
@@ -254,7 +258,7 @@ PListNodePtr PListNodeFilter::finish(const PListNode &node, PListNodePtr copy) c
 // The walk is bound by fetching nodes and their texts from all over the heap,
 // not by matching, so it asks for them some children ahead: the node first,
 // and its texts once the node itself has arrived.
-void PListNodeFilter::fetchTexts(const PListNode &node) const
+inline void PListNodeFilter::fetchTexts(const PListNode &node) const
 {
     // A group's list of children starts with their marks.
     if (!node.m_isLeaf) {
@@ -273,7 +277,7 @@ void PListNodeFilter::fetchTexts(const PListNode &node) const
 
 // Asks for child i, which is to be visited: a group (all of whose mark is
 // set) up to its list of children, a leaf its first bytes.
-void PListNodeFilter::fetchNode(const Places &places, qsizetype i)
+inline void PListNodeFilter::fetchNode(const Places &places, qsizetype i)
 {
     const PListNode *node = places.children[i].get();
     __builtin_prefetch(node);
@@ -287,14 +291,14 @@ void PListNodeFilter::fetchNode(const Places &places, qsizetype i)
 // (through its search reference), so it holds none of its own: copying the
 // name would fetch, and dropping the copy on the next keystroke fetch again,
 // the name's text for every node shown.
-PListNodePtr PListNodeFilter::leafCopy(const PListNode &node)
+inline PListNodePtr PListNodeFilter::leafCopy(const PListNode &node)
 {
     PListNodePtr copy = PListNode::leafWithoutSignature(node.target()->m_objectValue);
     copy->m_searchReference = const_cast<PListNode *>(&node);
     return copy;
 }
 
-PListNodePtr PListNodeFilter::emptyGroupLike(const PListNode &node)
+inline PListNodePtr PListNodeFilter::emptyGroupLike(const PListNode &node)
 {
     PListNodePtr copy = PListNode::emptyGroup(node.isArray());
     copy->m_searchReference = const_cast<PListNode *>(&node);
@@ -316,7 +320,7 @@ PListNodePtr PListNodeFilter::copyHolding(const PListNode &node, std::vector<Hit
 // search reference into the real subtree, refresh every item of an array on
 // each insertion, and walk up per child. Nobody observes a copy that is still
 // being built.
-void PListNodeFilter::append(PListNode &group, PListNodePtr child, const PListNodePtr &reference)
+inline void PListNodeFilter::append(PListNode &group, PListNodePtr child, const PListNodePtr &reference)
 {
     child->m_parent = &group;
     child->m_searchReference = reference.get();

@@ -52,7 +52,9 @@ void run(qsizetype count, WeightOf weightOf, Work work)
     qsizetype middle = 0;
     for (qint64 weight = 0; middle < count - 1 && weight * 2 < total; ++middle)
         weight += weightOf(middle);
-    sideBySide([&] { work(qsizetype(0), middle); }, [&] { work(middle, count); });
+    // Two references each, so neither std::function allocates.
+    const qsizetype ends[3] = {0, middle, count};
+    sideBySide([&work, &ends] { work(ends[0], ends[1]); }, [&work, &ends] { work(ends[1], ends[2]); });
 }
 
 } // namespace ParallelSplit
