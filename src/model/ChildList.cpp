@@ -81,12 +81,14 @@ void ChildList::clear(const PListNode *owner)
     Pointer *items = itemsOf(block);
     // Closing a large document releases millions of nodes; its subtrees
     // share nothing but reference-counted texts, so they are released in
-    // two halves side by side. A node held in both halves (or in two
-    // groups) has its link read from both sides, hence the atomic access,
-    // which costs a plain load and store.
+    // two halves side by side. Only a child held elsewhere too (by undo,
+    // the pasteboard, or another place) lives on with a link to clear; the
+    // rest go with theirs, and are not written to first. A node held in
+    // both halves has its link read from both sides, hence the atomic
+    // access, which costs a plain load and store.
     const auto release = [items, owner](qsizetype first, qsizetype last) {
         for (qsizetype i = first; i < last; ++i) {
-            if (owner && items[i]) {
+            if (owner && items[i].use_count() > 1) {
                 std::atomic_ref<PListNode *> link(items[i]->m_parent);
                 if (link.load(std::memory_order_relaxed) == owner)
                     link.store(nullptr, std::memory_order_relaxed);
