@@ -34,31 +34,6 @@ QString title(int tag)
     }
 }
 
-ValueClass of(const PropertyList &value)
-{
-    switch (value.type()) {
-    case PropertyList::Type::String:
-        return StringClass;
-    case PropertyList::Type::Data:
-        return DataClass;
-    case PropertyList::Type::Integer:
-        return IntegerClass;
-    case PropertyList::Type::Real:
-        return FloatClass;
-    case PropertyList::Type::Boolean:
-        return BooleanClass;
-    case PropertyList::Type::Date:
-        return DateClass;
-    case PropertyList::Type::Array:
-        return ArrayClass;
-    case PropertyList::Type::Dictionary:
-        return DictionaryClass;
-    case PropertyList::Type::Uid:
-        break;
-    }
-    return NoClass;
-}
-
 QString titleOf(const PropertyList &value)
 {
     const ValueClass tag = of(value);

@@ -24,8 +24,32 @@ namespace ValueClasses {
 
 // "String" … "Dictionary"; empty for any other tag.
 QString title(int tag);
-// The class a value belongs to; NoClass for a keyed archiver's UID.
-ValueClass of(const PropertyList &value);
+// The class a value belongs to; NoClass for a keyed archiver's UID. Inline:
+// a large file's tree asks it for every leaf it builds.
+inline ValueClass of(const PropertyList &value)
+{
+    switch (value.type()) {
+    case PropertyList::Type::String:
+        return StringClass;
+    case PropertyList::Type::Data:
+        return DataClass;
+    case PropertyList::Type::Integer:
+        return IntegerClass;
+    case PropertyList::Type::Real:
+        return FloatClass;
+    case PropertyList::Type::Boolean:
+        return BooleanClass;
+    case PropertyList::Type::Date:
+        return DateClass;
+    case PropertyList::Type::Array:
+        return ArrayClass;
+    case PropertyList::Type::Dictionary:
+        return DictionaryClass;
+    case PropertyList::Type::Uid:
+        break;
+    }
+    return NoClass;
+}
 // The title shown beside a value: its class's, or "UID" for a UID.
 QString titleOf(const PropertyList &value);
 
