@@ -2,12 +2,14 @@
 
 #include <QtGlobal>
 
+#include <array>
+#include <atomic>
 #include <functional>
 
 // Opening, sorting and filtering a large file walk millions of nodes, and the
-// machine has more than one core. A walk over a node's children can hand the
-// second half of them to a thread of a pool that every walk shares, when the
-// subtrees are large enough to repay it. Only the outermost walk splits: a
+// machine has more than one core. A walk over a node's children can share them
+// with a thread of a pool that every walk shares, when the subtrees are large
+// enough to repay it. Only the outermost walk splits: a
 // walk already running on behalf of a split goes on in its own thread.
 namespace ParallelSplit {
 
@@ -34,11 +36,23 @@ bool worthSplitting(qsizetype count, WeightOf weightOf)
 // throws: releasing a tree comes here from a destructor.
 void sideBySide(const std::function<void()> &first, const std::function<void()> &second) noexcept;
 
-// Runs work(first, last) over the ranges of [0, count) so that each range
-// carries about half of the weight weightOf(i) of the items, the second one on
-// another thread; or work(0, count) alone for a small or nested walk. The work
-// must touch only what belongs to its own items. Which thread runs a range
-// never changes what it does, so results do not depend on it.
+// How many pieces a split walk is cut into, of about equal weight.
+constexpr int kPieces = 64;
+
+// The pieces of one split walk: where each ends, and the next one to take.
+struct Pieces {
+    std::array<qsizetype, kPieces + 1> ends{};
+    int count = 0;
+    std::atomic<int> next{0};
+};
+
+// Runs work(first, last) over ranges that together cover [0, count) once: on
+// this thread and on a pool thread side by side, each taking the next piece
+// of about 1/kPieces of the weight weightOf(i) as it is done with the last, so
+// the two finish together however fast each runs; or work(0, count) alone for
+// a small or nested walk. The work must touch only what belongs to its own
+// items. Which thread runs a range never changes what it does, so results do
+// not depend on it.
 template<typename WeightOf, typename Work>
 void run(qsizetype count, WeightOf weightOf, Work work)
 {
@@ -49,12 +63,27 @@ void run(qsizetype count, WeightOf weightOf, Work work)
     qint64 total = 0;
     for (qsizetype i = 0; i < count; ++i)
         total += weightOf(i);
-    qsizetype middle = 0;
-    for (qint64 weight = 0; middle < count - 1 && weight * 2 < total; ++middle)
-        weight += weightOf(middle);
-    // Two references each, so neither std::function allocates.
-    const qsizetype ends[3] = {0, middle, count};
-    sideBySide([&work, &ends] { work(ends[0], ends[1]); }, [&work, &ends] { work(ends[1], ends[2]); });
+    // A piece ends after the item that takes the weight past the next
+    // multiple of total / kPieces; one heavy item may pass several.
+    Pieces pieces;
+    qint64 weight = 0;
+    qint64 passed = 0;
+    for (qsizetype i = 0; i + 1 < count && pieces.count + 1 < kPieces; ++i) {
+        weight += weightOf(i);
+        const qint64 reached = weight * kPieces / total;
+        if (reached > passed) {
+            passed = reached;
+            pieces.ends[static_cast<size_t>(++pieces.count)] = i + 1;
+        }
+    }
+    pieces.ends[static_cast<size_t>(++pieces.count)] = count;
+    // Two references, so std::function keeps it without allocating.
+    const auto takePieces = [&work, &pieces] {
+        for (int p = pieces.next.fetch_add(1, std::memory_order_relaxed); p < pieces.count;
+             p = pieces.next.fetch_add(1, std::memory_order_relaxed))
+            work(pieces.ends[static_cast<size_t>(p)], pieces.ends[static_cast<size_t>(p) + 1]);
+    };
+    sideBySide(takePieces, takePieces);
 }
 
 } // namespace ParallelSplit

@@ -6,6 +6,7 @@
 #include <QSemaphore>
 #include <QTest>
 
+#include <algorithm>
 #include <atomic>
 #include <vector>
 
@@ -31,24 +32,27 @@ private slots:
         QCOMPARE(halves.load(), 3);
     }
 
-    // Every item is walked once, in two ranges that meet, split by weight.
-    void rangesCoverEveryItemOnce()
+    // Every item is walked once, in pieces that meet, none of them much
+    // heavier than its share unless a single item is.
+    void piecesCoverEveryItemOnce()
     {
-        std::vector<int> visits(1000);
-        std::vector<std::pair<qsizetype, qsizetype>> ranges(2);
-        std::atomic<int> next{0};
-        ParallelSplit::run(
-            qsizetype(visits.size()), [](qsizetype i) { return i < 10 ? 2000 : 1; },
-            [&](qsizetype first, qsizetype last) {
-                ranges[static_cast<size_t>(first == 0 ? 0 : 1)] = {first, last};
-                ++next;
-                for (qsizetype i = first; i < last; ++i)
-                    ++visits[static_cast<size_t>(i)];
-            });
-        QCOMPARE(next.load(), 2);
-        QCOMPARE(ranges[0], std::make_pair(qsizetype(0), qsizetype(6)));
-        QCOMPARE(ranges[1], std::make_pair(qsizetype(6), qsizetype(1000)));
-        QVERIFY(std::all_of(visits.cbegin(), visits.cend(), [](int n) { return n == 1; }));
+        std::vector<std::atomic<int>> visits(1000);
+        std::atomic<int> pieces{0};
+        std::atomic<int> overweight{0};
+        const auto weightOf = [](qsizetype i) -> qint64 { return i % 100 == 7 ? 2000 : 1; };
+        ParallelSplit::run(qsizetype(visits.size()), weightOf, [&](qsizetype first, qsizetype last) {
+            ++pieces;
+            qint64 weight = 0;
+            for (qsizetype i = first; i < last; ++i) {
+                ++visits[static_cast<size_t>(i)];
+                weight += weightOf(i);
+            }
+            if (last - first > 1 && weight > 2 * (20990 / ParallelSplit::kPieces) + 2000)
+                ++overweight;
+        });
+        QVERIFY(pieces.load() > 2);
+        QCOMPARE(overweight.load(), 0);
+        QVERIFY(std::all_of(visits.cbegin(), visits.cend(), [](const std::atomic<int> &n) { return n == 1; }));
     }
 };
 
