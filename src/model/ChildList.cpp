@@ -72,10 +72,8 @@ void ChildList::removeAt(qsizetype i)
     --m_block->size;
 }
 
-void ChildList::clear(const PListNode *owner)
+void ChildList::release(const PListNode *owner)
 {
-    if (!m_block)
-        return;
     // Detached first: releasing a child may reach back into this list.
     Block *block = std::exchange(m_block, nullptr);
     Pointer *items = itemsOf(block);

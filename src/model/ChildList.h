@@ -41,8 +41,13 @@ public:
     void removeAt(qsizetype i);
     // Lets go of every child. Children that live on (held by undo records or
     // the pasteboard) lose their parent link when it is owner, the group that
-    // holds this list, so no link outlives its parent.
-    void clear(const PListNode *owner);
+    // holds this list, so no link outlives its parent. Inline for the empty
+    // list: every leaf of a tree being released comes here.
+    void clear(const PListNode *owner)
+    {
+        if (m_block)
+            release(owner);
+    }
 
     // Gives every place that holds child this mark (a node may sit in a list twice).
     void setMarkOf(const PListNode *child, quint64 mark);
@@ -74,6 +79,7 @@ private:
     const Pointer *items() const { return m_block ? itemsOf(m_block) : nullptr; }
     Pointer *items() { return m_block ? itemsOf(m_block) : nullptr; }
     void grow(qsizetype capacity);
+    void release(const PListNode *owner);
 
     Block *m_block = nullptr;
 };
