@@ -4,7 +4,7 @@
 #include "PlistTool.h"
 
 #include "import/DefaultsTextParser.h"
-#include "model/PropertyListTreeModel.h"
+#include "model/ValueClass.h"
 
 #include <QFile>
 
@@ -73,7 +73,7 @@ QString record(int number, const ReadResult<std::optional<DefaultsEntry>> &resul
     const DefaultsEntry &entry = *result.value;
     const PropertyList &value = entry.dictionary.valueAt(0);
     return start + u"entry "_s + quoted(entry.domain) + u' ' + quoted(entry.dictionary.keyAt(0)) + u' '
-        + PropertyListTreeModel::className(value) + u' ' + indentedDescription(value);
+        + ValueClasses::titleOf(value) + u' ' + indentedDescription(value);
 }
 
 bool isSkipped(const QString &line)

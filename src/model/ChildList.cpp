@@ -4,6 +4,7 @@
 #include "ParallelSplit.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -11,7 +12,7 @@
 ChildList &ChildList::operator=(ChildList &&other) noexcept
 {
     if (this != &other) {
-        clear();
+        clear(nullptr);
         m_block = std::exchange(other.m_block, nullptr);
     }
     return *this;
@@ -71,19 +72,30 @@ void ChildList::removeAt(qsizetype i)
     --m_block->size;
 }
 
-void ChildList::clear()
+void ChildList::release(const PListNode *owner)
 {
-    if (!m_block)
-        return;
     // Detached first: releasing a child may reach back into this list.
     Block *block = std::exchange(m_block, nullptr);
     Pointer *items = itemsOf(block);
     // Closing a large document releases millions of nodes; its subtrees
     // share nothing but reference-counted texts, so they are released in
-    // two halves side by side.
-    ParallelSplit::run(
-        block->size, [items](qsizetype i) { return 1 + (items[i] ? items[i]->children().size() : 0); },
-        [items](qsizetype first, qsizetype last) { std::destroy(items + first, items + last); });
+    // two halves side by side. Only a child held elsewhere too (by undo,
+    // the pasteboard, or another place) lives on with a link to clear; the
+    // rest go with theirs, and are not written to first. A node held in
+    // both halves has its link read from both sides, hence the atomic
+    // access, which costs a plain load and store.
+    const auto release = [items, owner](qsizetype first, qsizetype last) {
+        for (qsizetype i = first; i < last; ++i) {
+            if (owner && items[i].use_count() > 1) {
+                std::atomic_ref<PListNode *> link(items[i]->m_parent);
+                if (link.load(std::memory_order_relaxed) == owner)
+                    link.store(nullptr, std::memory_order_relaxed);
+            }
+            std::destroy_at(items + i);
+        }
+    };
+    const auto weightOf = [items](qsizetype i) { return 1 + (items[i] ? items[i]->children().size() : 0); };
+    ParallelSplit::run(block->size, weightOf, release);
     ::operator delete(block);
 }
 
@@ -121,6 +133,32 @@ quint64 ChildList::unitedMarks() const
     for (qsizetype i = 0; i < size(); ++i)
         united |= marksOf(m_block)[i];
     return united;
+}
+
+void ChildList::reorder(qsizetype *order)
+{
+    // Cycle by cycle, in place: each place is filled from the one its child
+    // comes from, which is then free for its own. A finished place is marked
+    // by order[k] == k.
+    Pointer *items = this->items();
+    quint64 *marks = this->marks();
+    for (qsizetype start = 0; start < size(); ++start) {
+        if (order[start] == start)
+            continue;
+        Pointer held = std::move(items[start]);
+        const quint64 heldMark = marks[start];
+        qsizetype k = start;
+        while (order[k] != start) {
+            const qsizetype from = order[k];
+            items[k] = std::move(items[from]);
+            marks[k] = marks[from];
+            order[k] = k;
+            k = from;
+        }
+        items[k] = std::move(held);
+        marks[k] = heldMark;
+        order[k] = k;
+    }
 }
 
 void ChildList::resizeWithEmptyPlaces(qsizetype count)

@@ -21,7 +21,7 @@ public:
     ChildList &operator=(const ChildList &) = delete;
     ChildList(ChildList &&other) noexcept : m_block(std::exchange(other.m_block, nullptr)) {}
     ChildList &operator=(ChildList &&other) noexcept;
-    ~ChildList() { clear(); }
+    ~ChildList() { clear(nullptr); }
 
     qsizetype size() const { return m_block ? m_block->size : 0; }
     bool isEmpty() const { return size() == 0; }
@@ -39,7 +39,15 @@ public:
     void insert(qsizetype i, Pointer child, quint64 mark);
     void append(Pointer child, quint64 mark) { insert(size(), std::move(child), mark); }
     void removeAt(qsizetype i);
-    void clear();
+    // Lets go of every child. Children that live on (held by undo records or
+    // the pasteboard) lose their parent link when it is owner, the group that
+    // holds this list, so no link outlives its parent. Inline for the empty
+    // list: every leaf of a tree being released comes here.
+    void clear(const PListNode *owner)
+    {
+        if (m_block)
+            release(owner);
+    }
 
     // Gives every place that holds child this mark (a node may sit in a list twice).
     void setMarkOf(const PListNode *child, quint64 mark);
@@ -49,7 +57,11 @@ public:
     quint64 unitedMarks() const;
     void setMarkAt(qsizetype i, quint64 mark) { marksOf(m_block)[i] = mark; }
 
-    // For filling or reordering many places at once; the caller sets their marks.
+    // Puts the child that was at order[k] into place k, its mark with it, for
+    // every place k; order must be a permutation of the places, and is used up.
+    void reorder(qsizetype *order);
+
+    // For filling many places at once; the caller sets their marks.
     void resizeWithEmptyPlaces(qsizetype count);
     Pointer *data() { return items(); }
     quint64 *marks() { return m_block ? marksOf(m_block) : nullptr; }
@@ -67,6 +79,7 @@ private:
     const Pointer *items() const { return m_block ? itemsOf(m_block) : nullptr; }
     Pointer *items() { return m_block ? itemsOf(m_block) : nullptr; }
     void grow(qsizetype capacity);
+    void release(const PListNode *owner);
 
     Block *m_block = nullptr;
 };

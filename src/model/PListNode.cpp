@@ -2,9 +2,7 @@
 #include "PListNode.h"
 
 #include "ParallelSplit.h"
-#include "VXAdditions.h"
 
-#include <QCoreApplication>
 #include <QHash>
 #include <QLoggingCategory>
 
@@ -13,32 +11,12 @@
 
 Q_LOGGING_CATEGORY(lcModel, "orvane.model")
 
-namespace TextSignature = VXAdditions::TextSignature;
-
 namespace {
 
 QHash<const PListNode *, PListNodeObserver *> &observers()
 {
     static QHash<const PListNode *, PListNodeObserver *> registry;
     return registry;
-}
-
-QString tr(const char *text) { return QCoreApplication::translate("PListNode", text); }
-
-// The fixed texts every node of a kind shows, translated once and shared by all
-// of them instead of allocated per node (a large file has millions of nodes).
-struct SharedTexts {
-    QString dictionary = tr("a dictionary");
-    QString array = tr("an array");
-    QString dataItem = tr("(Data Item)");
-    QString yes = tr("true");
-    QString no = tr("false");
-};
-
-const SharedTexts &texts()
-{
-    static const SharedTexts shared;
-    return shared;
 }
 
 } // namespace
@@ -49,7 +27,7 @@ PListNodePtr PListNode::initWithName(const QString &name, const PropertyList &va
 {
     PListNodePtr node = leafWithoutSignature(value);
     node->m_name = name;
-    node->refreshSignature();
+    node->refreshOwnSignature();
     return node;
 }
 
@@ -57,31 +35,13 @@ PListNodePtr PListNode::leafWithoutSignature(const PropertyList &value)
 {
     PListNodePtr node = make();
     node->m_objectValue = value;
-    switch (value.type()) {
-    case PropertyList::Type::String:
-        node->m_menuValue = StringClass;
-        break;
-    case PropertyList::Type::Data:
-        node->m_menuValue = DataClass;
-        node->m_canEditValue = false;
-        break;
-    case PropertyList::Type::Integer:
-        node->m_menuValue = IntegerClass;
-        break;
-    case PropertyList::Type::Real:
-        node->m_menuValue = FloatClass;
-        break;
-    case PropertyList::Type::Boolean:
-        node->m_menuValue = BooleanClass;
-        node->m_valueIsBool = true;
-        break;
-    case PropertyList::Type::Date:
-        node->m_menuValue = DateClass;
-        break;
-    default:
-        // A value of no class (a keyed archiver's UID) gets no tag and no text.
-        break;
-    }
+    // A value of no class (a keyed archiver's UID) gets no tag and no text,
+    // and a leaf cannot hold a group's class.
+    const ValueClass tag = ValueClasses::of(value);
+    if (tag != ArrayClass && tag != DictionaryClass)
+        node->m_menuValue = static_cast<qint8>(tag);
+    node->m_canEditValue = tag != DataClass;
+    node->m_valueIsBool = tag == BooleanClass;
     return node;
 }
 
@@ -124,7 +84,7 @@ PListNodePtr PListNode::elementFor(const PropertyList &value)
     child->m_nameIsDescription = true;
     if (!child->m_isLeaf)
         child->m_objectValue = value;
-    child->refreshSignature();
+    child->refreshOwnSignature();
     return child;
 }
 
@@ -136,7 +96,7 @@ PListNodePtr PListNode::makeGroup(const QString &name, const PropertyList &marke
     node->m_objectValue = marker;
     node->m_menuValue = static_cast<qint8>(tag);
     node->m_canEditValue = false;
-    node->refreshSignature();
+    node->refreshOwnSignature();
     return node;
 }
 
@@ -152,12 +112,10 @@ PListNodePtr PListNode::initFromDictionary(const PropertyDictionary &dictionary,
 PListNodePtr PListNode::initFromArray(const PropertyArray &array, const QString &name)
 {
     PListNodePtr node = makeGroup(name, emptyArrayMarker(), ArrayClass);
-    node->m_arrayInit = true;
     // Array elements are named by their own description text; the outline labels
     // them by position instead (displayName), and fixupNames makes the two agree.
     const auto itemAt = [&](qsizetype i) -> const PropertyList & { return array.at(i); };
     node->fillWhileBuilding(array.size(), itemAt, [&](qsizetype i) { return elementFor(array.at(i)); });
-    node->m_arrayInit = false;
     return node;
 }
 
@@ -251,48 +209,41 @@ bool PListNode::insertChild(const PListNodePtr &child, int index)
         qCCritical(lcModel, "insertChild: index %d beyond bounds [0 .. %d]", index, numberOfChildren());
         return false;
     }
-    const quint64 mark = child->filterMark();
-    m_children.insert(index, child, mark);
+    // A child's mark comes into the list with it.
+    m_children.insert(index, child, child->filterMark());
     child->setNodeParent(this);
-    takeInChildMark(mark);
-    if (isArray() && !m_arrayInit)
+    if (isArray())
         refreshArrayItems();
-    notify(NodeRefresh::Count);
+    changed({NodeRefresh::Count});
     return true;
 }
 
 void PListNode::insertChildren(const QList<PListNodePtr> &children, int index)
 {
-    takeInChildMark(insertChildrenOnly(children, index));
-}
-
-quint64 PListNode::insertChildrenOnly(const QList<PListNodePtr> &children, int index)
-{
     index = std::clamp(index, 0, numberOfChildren());
-    quint64 marks = 0;
     for (const PListNodePtr &child : children) {
-        const quint64 mark = child->filterMark();
-        m_children.insert(index++, child, mark);
+        m_children.insert(index++, child, child->filterMark());
         child->setNodeParent(this);
-        marks |= mark;
     }
-    if (isArray() && !m_arrayInit)
+    if (isArray())
         refreshArrayItems();
-    notify(NodeRefresh::Count);
-    return marks;
+    // Once for the whole batch: the groups above are walked once.
+    changed({NodeRefresh::Count});
 }
 
 void PListNode::removeChild(const PListNodePtr &child)
 {
-    if (!child || indexOfChild(child.get()) < 0)
-        return;
-    child->setNodeParent(nullptr);
+    // Only the child itself is removed, never an equal stranger, whose parent
+    // link belongs to the group that holds it.
     const int position = indexOfChildIdenticalTo(child.get());
-    if (position >= 0)
-        m_children.removeAt(position);
+    if (position < 0)
+        return;
+    if (child->m_parent == this)
+        child->setNodeParent(nullptr);
+    m_children.removeAt(position);
     if (isArray())
         refreshArrayItems();
-    notify(NodeRefresh::Count);
+    changed({NodeRefresh::Count});
 }
 
 void PListNode::removeFromParent()
@@ -368,8 +319,7 @@ void PListNode::setName(const QString &name)
     PListNode *node = target();
     node->forgetNameFromValue();
     node->m_name = name;
-    node->refreshSignature();
-    node->notify(NodeRefresh::Name);
+    node->changed({NodeRefresh::Name});
 }
 
 void PListNode::keepNameFromValue()
@@ -378,7 +328,6 @@ void PListNode::keepNameFromValue()
         return;
     m_name = m_objectValue.description();
     forgetNameFromValue();
-    refreshSignature();
 }
 
 PListNodePtr PListNode::emptyGroup(bool array)
@@ -387,78 +336,10 @@ PListNodePtr PListNode::emptyGroup(bool array)
                  : makeGroup(QString(), emptyDictionaryMarker(), DictionaryClass);
 }
 
-void PListNode::refreshSignature()
-{
-    refreshOwnSignature();
-    refreshMarkInParent();
-}
-
-void PListNode::refreshMarkInParent()
-{
-    if (!m_parent)
-        return;
-    const quint64 mark = filterMark();
-    m_parent->m_children.setMarkOf(this, mark);
-    m_parent->takeInChildMark(mark);
-}
-
-quint64 PListNode::filterMark() const
-{
-    if (m_searchReference)
-        return ~quint64(0);
-    const quint64 own = signature() | (m_nameIsDescription ? kNameUnread : 0);
-    return m_isLeaf ? own : own | kGroup | markFromChild(m_children.unitedMarks());
-}
-
-quint64 PListNode::markFromChild(quint64 childMark) const
-{
-    // A child's own name still to be made is searched only outside an array.
-    const quint64 unread = (childMark & kNameUnread) && !isArray() ? kNameUnreadBelow : 0;
-    return (childMark & ~kNameUnread) | unread;
-}
-
-void PListNode::takeInChildMark(quint64 childMark)
-{
-    // What this group gains, its own groups gain too; the walk up ends where
-    // a mark already held it all.
-    const quint64 added = markFromChild(childMark);
-    for (PListNode *node = this; node->m_parent; node = node->m_parent) {
-        if (!node->m_parent->m_children.addToMarkOf(node, added))
-            return;
-    }
-}
-
 void PListNode::setSearchReference(PListNode *reference)
 {
     m_searchReference = reference;
-    refreshMarkInParent();
-}
-
-void PListNode::refreshOwnSignature()
-{
-    // A name still to be made from the value is left out: array elements are
-    // not searched by name, and the filter reads such a name whenever it must.
-    quint64 signature = m_nameIsDescription ? 0 : TextSignature::of(m_name);
-    if (m_isLeaf) {
-        switch (m_objectValue.type()) {
-        case PropertyList::Type::String:
-            signature |= TextSignature::of(m_objectValue.stringRef());
-            break;
-        case PropertyList::Type::Integer:
-        case PropertyList::Type::Real:
-        case PropertyList::Type::Boolean:
-            signature |= TextSignature::ofNumbers();
-            break;
-        case PropertyList::Type::Data:
-        case PropertyList::Type::Date:
-        case PropertyList::Type::Array:
-        case PropertyList::Type::Dictionary:
-        case PropertyList::Type::Uid:
-            break; // never searched by value
-        }
-    }
-    m_signatureLow = static_cast<quint16>(signature);
-    m_signatureHigh = static_cast<quint32>(signature >> 16);
+    changed({});
 }
 
 void PListNode::forgetNameFromValue()
@@ -487,18 +368,18 @@ PropertyList PListNode::value() const
 QString PListNode::ownDisplayText() const
 {
     if (!m_isLeaf)
-        return m_objectValue.isArray() ? texts().array : texts().dictionary;
+        return m_objectValue.isArray() ? ValueClasses::texts().array : ValueClasses::texts().dictionary;
     switch (m_objectValue.type()) {
     case PropertyList::Type::String:
         return m_objectValue.stringRef();
     case PropertyList::Type::Boolean:
         // A boolean that came in through another class shows its number, 1 or 0.
         if (m_valueIsBool)
-            return m_objectValue.toBool() ? texts().yes : texts().no;
+            return m_objectValue.toBool() ? ValueClasses::texts().yes : ValueClasses::texts().no;
         break;
     case PropertyList::Type::Data:
         if (!m_describesValue)
-            return texts().dataItem;
+            return ValueClasses::texts().dataItem;
         break;
     case PropertyList::Type::Uid:
         if (!m_describesValue)

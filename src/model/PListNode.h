@@ -4,11 +4,13 @@
 #include "platform/SequentialArchive.h"
 
 #include "ChildList.h"
+#include "ValueClass.h"
 
 #include <QList>
 #include <QString>
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <utility>
 
@@ -25,19 +27,6 @@ class PListNodeObserver {
 public:
     virtual ~PListNodeObserver() = default;
     virtual void nodeNeedsRefresh(const PListNode &node, NodeRefresh what) = 0;
-};
-
-// The value classes: the tag each node keeps, and the class pop-up's item tags.
-enum ValueClass : int {
-    StringClass = 0,
-    DataClass = 1,
-    IntegerClass = 2,
-    FloatClass = 3,
-    BooleanClass = 4,
-    DateClass = 5,
-    ArrayClass = 6,
-    DictionaryClass = 7,
-    NoClass = -1, // a leaf whose value is of no known class
 };
 
 // How a rendition is drawn: which colour role and font the view should use.
@@ -66,9 +55,13 @@ struct RenditionStyle {
 // Ownership: a node owns its children through shared pointers; undo records and
 // pasteboard payloads may hold removed nodes alive so the same node is put
 // back. The parent and, in a filtered copy, the search reference (the real node
-// this one stands for) are plain non-owning pointers. While a search reference
-// is set, name, value (of leaves), menu, loadedByUserDefaults, initialValue,
-// setName, setValue, setMenu and setCanEdit act on the referenced node.
+// this one stands for) are plain non-owning pointers. Only the group that holds
+// a node sets its parent link, and that group clears it when it removes the
+// node or lets go of its children, so the link never outlives the parent. A
+// copy is standalone: no parent and no search reference. A filtered copy lives
+// no longer than the tree it was made from. While a search reference is set,
+// name, value (of leaves), menu, loadedByUserDefaults, initialValue, setName,
+// setValue, setMenu and setCanEdit act on the referenced node.
 class PListNode {
 public:
     // ---- construction (node tree) ----
@@ -117,12 +110,13 @@ public:
     QString name() const;
     void setName(const QString &name);
     PropertyList value() const;
+    // The node's value-class tag (a ValueClass), named after the class pop-up menu whose item it selects.
     int menu() const;
     bool isLeaf() const { return m_isLeaf; }
     void setIsLeaf(bool leaf)
     {
         m_isLeaf = leaf;
-        refreshSignature();
+        changed({});
     }
     bool isGroup() const { return !m_isLeaf; }
     bool isArray() const { return !m_isLeaf && m_objectValue.isArray(); }
@@ -133,12 +127,13 @@ public:
     bool loadedByUserDefaults() const;
     void setLoadedByUserDefaults(bool loaded);
     PListNode *nodeParent() const { return m_parent; }
-    void setNodeParent(PListNode *parent);
     PListNode *searchReference() const { return m_searchReference; }
     void setSearchReference(PListNode *reference);
 
     // ---- equality, copies, archive, debug text (node tree) ----
     bool isEqualToNode(const PListNode &other) const;
+    // A standalone deep copy: what this node answers (a filtered entry's real
+    // name, value, tag and flags), with no link into any tree.
     PListNodePtr copy() const;
     ArchivedNode encodeWithCoder() const;
     static PListNodePtr initWithCoder(const ArchivedNode &archived);
@@ -146,15 +141,15 @@ public:
 
     // ---- value classes and value editing ----
     void setValue(const PropertyList &newValue);
+    // Chooses the value class by its tag (the class pop-up menu's item) and converts the value to it.
     // Answers false where the platform sounds the alert beep (the conversion
     // failed or the class cannot be chosen); the tag is stored either way.
     bool setMenu(int tag);
     QString stringValue() const;
-    static QString classTitle(int tag); // "String" … "Dictionary"; empty beyond 7
 
     QString displayName() const;  // "Item %d" for array children, else the name
     QString displayValue() const { return stringValue(); }
-    QString displayMenu() const { return classTitle(menu()); }
+    QString displayMenu() const { return ValueClasses::title(menu()); }
     QString countedText() const;  // "%d %@": "0 Items", "1 Item", "2 Items"
     RenditionStyle style(Rendition rendition, const RenditionSettings &settings, bool itemCount = false) const;
 
@@ -176,7 +171,7 @@ public:
 
     PListNode(const PListNode &) = delete;
     PListNode &operator=(const PListNode &) = delete;
-    ~PListNode() = default;
+    ~PListNode() { m_children.clear(this); }
 
 private:
     // Nodes live in shared pointers only; the key keeps construction to the factories.
@@ -188,6 +183,10 @@ public:
     explicit PListNode(Private) {}
 
 private:
+    // Links a node to the group that now holds it (nullptr: to none), and
+    // passes that group's editability down to it.
+    void setNodeParent(PListNode *parent);
+    PListNodePtr copyWith(bool canEdit) const;
     void notify(NodeRefresh what) const;
     // Makes count children at once, make(i) for each, while the tree is built.
     void fillWhileBuilding(qsizetype count, const std::function<const PropertyList &(qsizetype)> &valueAt,
@@ -196,9 +195,6 @@ private:
     static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag);
     static PListNodePtr elementFor(const PropertyList &value);
     void refreshArrayItems();
-    // insertChildren without telling the groups above: answers the children's
-    // marks together.
-    quint64 insertChildrenOnly(const QList<PListNodePtr> &children, int index);
     PropertyList initialValueInHalves() const;
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }
@@ -216,20 +212,31 @@ private:
     static PListNodePtr emptyGroup(bool array);
     // A leaf of that value, nameless, whose signature the caller sets.
     static PListNodePtr leafWithoutSignature(const PropertyList &value);
+
+    // ---- what the filter knows of each node (PListNode_Marks.cpp) ----
+    // Every change to a node's texts, class or children ends here: its
+    // signature is made again, its mark in its parent's list follows, the
+    // groups above take in what it adds, and then the observer is told each
+    // of notices in order. A child's mark enters a list along with the child;
+    // after that, only building (a tree, a copy, a decoded archive, a filtered
+    // copy), fixupNames and the recursive sort bypass this, where a change per
+    // node would cost a walk up per node; each says so where it does.
+    void changed(std::initializer_list<NodeRefresh> notices);
+    // After fixupNames has renamed every child at once: their marks in this
+    // list made again, one pass instead of one search per child.
+    void remakeChildMarks();
     // Which characters the name (unless it is still to be made from the value)
     // and the searched value text hold; made again whenever either changes.
     quint64 signature() const { return quint64(m_signatureHigh) << 16 | m_signatureLow; }
-    // Makes the signature again, and this node's mark in its parent's list.
-    void refreshSignature();
     void refreshOwnSignature();
-    void refreshMarkInParent();
     // What the filter may find in this node and below it, kept in its
     // parent's list of children: the signatures of its texts and of all its
     // descendants' texts together, kNameUnread when its own name is still to
     // be made, kNameUnreadBelow when a name below it is still to be made and
     // would be searched, kGroup for a group; every bit for a search copy, whose
     // texts are its real node's. A group's mark may hold more than is left
-    // below it (removals do not take bits away), which only costs a visit.
+    // below it (a removal takes bits away from its own group's mark only),
+    // which only costs a visit.
     static constexpr quint64 kNameUnread = quint64(1) << 63;
     static constexpr quint64 kNameUnreadBelow = quint64(1) << 62;
     static constexpr quint64 kGroup = quint64(1) << 61;
@@ -254,7 +261,6 @@ private:
     bool m_valueIsBool : 1 = false;
     bool m_loadedByUserDefaults : 1 = false;
     bool m_canEdit : 1 = true;
-    bool m_arrayInit : 1 = false;
     // Data and UID values show "(Data Item)" and nothing when read, but their
     // description once they were set by editing.
     bool m_describesValue : 1 = false;
@@ -268,7 +274,9 @@ private:
     QString m_name;
     ChildList m_children;
 
-    friend class PListNodeAccess;
+    friend class PListNodeFilter;
+    friend class PListNodeSorter;
+    friend class ChildList; // clears the links of the children it lets go
 };
 
 // With the shared pointer's control block in front, a node takes one 112-byte

@@ -5,8 +5,6 @@
 #include "platform/NumberConversion.h"
 #include "platform/StringReadings.h"
 
-#include <QCoreApplication>
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -14,8 +12,6 @@
 #include <type_traits>
 
 namespace {
-
-QString tr(const char *text) { return QCoreApplication::translate("PListNode", text); }
 
 // A number's value as a 64-bit pattern, the way the platform's number class
 // hands it to a narrower accessor: integers as their bits, booleans as 0 or 1,
@@ -183,9 +179,7 @@ void PListNode::setValue(const PropertyList &newValue)
     m_objectValue = *stored;
     m_valueIsBool = m_menuValue == BooleanClass;
     m_describesValue = true;
-    refreshSignature();
-    notify(NodeRefresh::Value);
-    notify(NodeRefresh::Class);
+    changed({NodeRefresh::Value, NodeRefresh::Class});
 }
 
 bool PListNode::setMenu(int tag)
@@ -223,7 +217,7 @@ bool PListNode::setMenu(int tag)
         break;
     }
     if (!converted) {
-        notify(NodeRefresh::Class);
+        changed({NodeRefresh::Class});
         return false;
     }
 
@@ -234,9 +228,7 @@ bool PListNode::setMenu(int tag)
     if (m_menuValue == BooleanClass)
         m_valueIsBool = true;
     m_describesValue = true;
-    refreshSignature();
-    notify(NodeRefresh::Value);
-    notify(NodeRefresh::Class);
+    changed({NodeRefresh::Value, NodeRefresh::Class});
     return true;
 }
 
@@ -244,37 +236,13 @@ bool PListNode::setMenu(int tag)
 
 QString PListNode::stringValue() const { return target()->ownDisplayText(); }
 
-QString PListNode::classTitle(int tag)
-{
-    switch (tag) {
-    case StringClass:
-        return tr("String");
-    case DataClass:
-        return tr("Data");
-    case IntegerClass:
-        return tr("Integer");
-    case FloatClass:
-        return tr("Float");
-    case BooleanClass:
-        return tr("Boolean");
-    case DateClass:
-        return tr("Date");
-    case ArrayClass:
-        return tr("Array");
-    case DictionaryClass:
-        return tr("Dictionary");
-    default:
-        return QString();
-    }
-}
-
 QString PListNode::displayName() const
 {
     // A filtered entry is labelled as the real one, by the real position.
     const PListNode *node = target();
     if (node->m_parent && node->m_parent->isArray()) {
         const int position = node->m_parent->indexOfChildIdenticalTo(node) + 1;
-        return QStringLiteral("%1 %2").arg(tr("Item")).arg(position);
+        return ValueClasses::itemLabel(position);
     }
     return node->ownName();
 }
@@ -283,7 +251,8 @@ QString PListNode::countedText() const
 {
     // A filtered group counts its own (matching) children.
     const int count = numberOfChildren();
-    return QStringLiteral("%1 %2").arg(count).arg(count == 1 ? tr("Item") : tr("Items"));
+    const ValueClasses::Texts &texts = ValueClasses::texts();
+    return QString::number(count) + QLatin1Char(' ') + (count == 1 ? texts.item : texts.items);
 }
 
 RenditionStyle PListNode::style(Rendition rendition, const RenditionSettings &settings, bool itemCount) const

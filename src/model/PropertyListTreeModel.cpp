@@ -1,6 +1,6 @@
 #include "PropertyListTreeModel.h"
 
-#include "PListNode.h"
+#include "ValueClass.h"
 
 struct PropertyListTreeModel::Item {
     QString key;
@@ -51,7 +51,7 @@ void PropertyListTreeModel::populate(Item *item) const
         child->row = static_cast<int>(i);
         if (item->value.isArray()) {
             // Array items are labelled by their one-based position.
-            child->key = tr("Item") + QLatin1Char(' ') + QString::number(i + 1);
+            child->key = ValueClasses::itemLabel(i + 1);
             child->value = item->value.arrayRef().at(i);
         } else {
             child->key = item->value.dictionaryRef().keyAt(i);
@@ -93,32 +93,6 @@ int PropertyListTreeModel::columnCount(const QModelIndex &) const { return Colum
 
 bool PropertyListTreeModel::hasChildren(const QModelIndex &parent) const { return rowCount(parent) > 0; }
 
-QString PropertyListTreeModel::className(const PropertyList &value)
-{
-    // The node tree's class titles, so the viewer and the editor name classes alike.
-    switch (value.type()) {
-    case PropertyList::Type::String:
-        return PListNode::classTitle(StringClass);
-    case PropertyList::Type::Data:
-        return PListNode::classTitle(DataClass);
-    case PropertyList::Type::Integer:
-        return PListNode::classTitle(IntegerClass);
-    case PropertyList::Type::Real:
-        return PListNode::classTitle(FloatClass);
-    case PropertyList::Type::Boolean:
-        return PListNode::classTitle(BooleanClass);
-    case PropertyList::Type::Date:
-        return PListNode::classTitle(DateClass);
-    case PropertyList::Type::Array:
-        return PListNode::classTitle(ArrayClass);
-    case PropertyList::Type::Dictionary:
-        return PListNode::classTitle(DictionaryClass);
-    case PropertyList::Type::Uid:
-        return tr("UID");
-    }
-    return QString();
-}
-
 namespace {
 
 QString itemCount(qsizetype count)
@@ -131,15 +105,16 @@ QString itemCount(qsizetype count)
 
 QString PropertyListTreeModel::displayValue(const PropertyList &value)
 {
+    const ValueClasses::Texts &texts = ValueClasses::texts();
     switch (value.type()) {
     case PropertyList::Type::Data:
-        return tr("(Data Item)");
+        return texts.dataItem;
     case PropertyList::Type::Boolean:
-        return value.toBool() ? tr("true") : tr("false");
+        return value.toBool() ? texts.yes : texts.no;
     case PropertyList::Type::Array:
-        return tr("an array") + itemCount(value.arrayRef().size());
+        return texts.array + itemCount(value.arrayRef().size());
     case PropertyList::Type::Dictionary:
-        return tr("a dictionary") + itemCount(value.dictionaryRef().size());
+        return texts.dictionary + itemCount(value.dictionaryRef().size());
     default:
         return value.description();
     }
@@ -154,7 +129,7 @@ QVariant PropertyListTreeModel::data(const QModelIndex &index, int role) const
     case KeyColumn:
         return item->key;
     case ClassColumn:
-        return className(item->value);
+        return ValueClasses::titleOf(item->value);
     case ValueColumn:
         if (role == Qt::ToolTipRole && item->value.isData())
             return item->value.description().left(4096);

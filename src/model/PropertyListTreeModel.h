@@ -27,8 +27,6 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // The class title shown for a value: String, Data, Integer, Float, Boolean, Date, Array, Dictionary.
-    static QString className(const PropertyList &value);
     // The value column's text.
     static QString displayValue(const PropertyList &value);
 

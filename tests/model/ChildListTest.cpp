@@ -1,5 +1,6 @@
 // A group's list of children keeps each child's mark beside it through every
-// insertion, removal and growth, and a node's mark follows it wherever it sits.
+// insertion, removal, reordering and growth, and a node's mark follows it
+// wherever it sits.
 #include "TestRegistry.h"
 
 #include "model/ChildList.h"
@@ -8,6 +9,8 @@
 #include <QRandomGenerator>
 #include <QTest>
 
+#include <algorithm>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -56,7 +59,7 @@ private slots:
         std::vector<Entry> expected;
         for (int step = 0; step < steps; ++step) {
             const int size = static_cast<int>(expected.size());
-            const int kind = random.bounded(10);
+            const int kind = random.bounded(11);
             if (kind < 6 || size == 0) {
                 const int at = random.bounded(size + 1);
                 const Entry entry{pool[random.bounded(static_cast<int>(pool.size()))], random.generate64()};
@@ -66,6 +69,16 @@ private slots:
                 const int at = random.bounded(size);
                 list.removeAt(at);
                 expected.erase(expected.begin() + at);
+            } else if (kind == 10) {
+                // A shuffle: each mark goes where its child goes.
+                std::vector<qsizetype> order(expected.size());
+                std::iota(order.begin(), order.end(), 0);
+                std::shuffle(order.begin(), order.end(), random);
+                std::vector<Entry> shuffled;
+                for (const qsizetype from : order)
+                    shuffled.push_back(expected[static_cast<size_t>(from)]);
+                list.reorder(order.data());
+                expected = shuffled;
             } else {
                 // A node may sit in the list more than once: every place changes.
                 const PListNodePtr &node = pool[random.bounded(static_cast<int>(pool.size()))];
@@ -81,7 +94,7 @@ private slots:
         ChildList moved(std::move(list));
         QVERIFY(sameAs(moved, expected));
         QVERIFY(list.isEmpty());
-        moved.clear();
+        moved.clear(nullptr);
         QVERIFY(moved.isEmpty() && moved.marks() == nullptr);
     }
 

@@ -213,11 +213,13 @@ private slots:
         QCOMPARE(root->indexOfChild(twin.get()), 1);
         QCOMPARE(root->indexOfChildIdenticalTo(twin.get()), -1);
         QCOMPARE(root->indexOfChildIdenticalTo(root->childAtIndex(1).get()), 1);
-        // An equal stranger: it loses its parent, the real child stays.
-        twin->setNodeParent(root.get());
+        // An equal stranger is not removed, nor its own parent's link touched.
+        const PListNodePtr holder = PListNode::initFromDictionary({}, u"h"_s);
+        holder->insertChild(twin, 0);
         root->removeChild(twin);
-        QCOMPARE(twin->nodeParent(), nullptr);
+        QCOMPARE(twin->nodeParent(), holder.get());
         QCOMPARE(childNames(*root), u"a,b"_s);
+        holder->removeChild(twin);
         QCOMPARE(root->childAtIndex(1)->nodeParent(), root.get());
         // Inserting beyond the end is refused and leaves both alone.
         QTest::ignoreMessage(QtCriticalMsg, QRegularExpression(u"beyond bounds"_s));
@@ -258,14 +260,14 @@ private slots:
         QVERIFY(!nodeFor(left, u"m"_s)->isEqualToNode(*nodeFor(left)));
     }
 
-    void copyIsDeepAndSharesLinks()
+    void copyIsDeepAndStandalone()
     {
         const PListNodePtr root =
             PListNode::treeFromDictionary({{u"d"_s, PropertyDictionary{{u"a"_s, PropertyArray{integer(1)}}}}});
         const PListNodePtr source = root->firstChild();
         source->setCanEdit(false);
         const PListNodePtr copy = source->copy();
-        QCOMPARE(copy->nodeParent(), root.get());
+        QCOMPARE(copy->nodeParent(), nullptr);
         QCOMPARE(root->numberOfChildren(), 1);
         QVERIFY(copy->isEqualToNode(*source) && source->isEqualToNode(*copy));
         QVERIFY(!copy->firstChild()->firstChild()->canEdit());
@@ -275,31 +277,54 @@ private slots:
         QCOMPARE(TreePicture::of(*root), u"{d = {a = (1);};}"_s);
     }
 
-    void copyOfArrayStillRefreshesItems()
+    // Undo records and the pasteboard keep nodes alive after their tree is
+    // gone: none of them may reach into it any more.
+    void nodesOutliveTheirTree()
+    {
+        const PropertyDictionary content{{u"d"_s, PropertyDictionary{{u"k"_s, integer(1)}}}};
+        PListNodePtr root = PListNode::treeFromDictionary(content);
+        const PListNodePtr copy = root->firstChild()->copy();
+        root.reset();
+        copy->setName(u"renamed"_s);
+        QCOMPARE(copy->name(), u"renamed"_s);
+
+        root = PListNode::treeFromDictionary(content);
+        const PListNodePtr kept = root->firstChild();
+        root.reset();
+        QCOMPARE(kept->nodeParent(), nullptr);
+        QCOMPARE(kept->firstChild()->nodeParent(), kept.get());
+        kept->firstChild()->setValue(integer(2));
+        QCOMPARE(TreePicture::of(*kept), u"{k = 2;}"_s);
+    }
+
+    // Copying tells the observer of the source's tree nothing, and leaves the
+    // source's array items refreshed on later insertions.
+    void copyOfArrayIsQuiet()
     {
         const PListNodePtr root = PListNode::treeFromDictionary({{u"list"_s, PropertyArray{integer(1), integer(2)}}});
         const PListNodePtr list = root->firstChild();
         Recorder recorder;
         PListNode::setObserver(root.get(), &recorder);
         const PListNodePtr copy = list->copy();
-        // The quieting flag is raised on the source, so the copy's items are refreshed...
-        QVERIFY(recorder.renamed.contains(copy->lastChild().get()));
-        // ...and lowered again afterwards, so the source's items are refreshed too.
-        recorder.renamed.clear();
+        QVERIFY(recorder.renamed.isEmpty());
         list->insertChild(PListNode::initWithName(u"x"_s, integer(3)), 0);
         PListNode::setObserver(root.get(), nullptr);
         QVERIFY(recorder.renamed.contains(list->lastChild().get()));
     }
 
+    // A copy of a filtered entry answers what the real entry answered, with no
+    // link into the real tree.
     void searchCopyCopiesItsReference()
     {
-        const PListNodePtr real = PListNode::initWithName(u"k"_s, integer(1));
+        PListNodePtr real = PListNode::initWithName(u"k"_s, integer(1));
         const PListNodePtr stand = PListNode::initWithName(u"other"_s, integer(2));
         stand->setSearchReference(real.get());
         const PListNodePtr copy = stand->copy();
-        QCOMPARE(copy->searchReference(), real.get());
+        stand->setSearchReference(nullptr);
+        real.reset();
+        QCOMPARE(copy->searchReference(), nullptr);
         QCOMPARE(copy->name(), u"k"_s);
-        QCOMPARE(stand->initialValue(), integer(1));
+        QCOMPARE(copy->initialValue(), integer(1));
     }
 
     void archiveRoundTrip()
@@ -319,7 +344,7 @@ private slots:
         const PListNodePtr deep = back->childWithName(u"list"_s)->lastChild()->firstChild();
         QCOMPARE(deep->nodeParent(), back->childWithName(u"list"_s)->lastChild().get());
         QVERIFY(!back->canEdit() && !deep->canEdit());
-        back->setNodeParent(root.get());
+        root->insertChild(back, 0);
         QVERIFY(deep->canEdit());
         // The archive comes from the pasteboard: a tag this build does not know is no class.
         ArchivedNode archived = root->firstChild()->encodeWithCoder();
