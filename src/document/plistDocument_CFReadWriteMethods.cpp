@@ -7,15 +7,10 @@
 #include "document/OutlineModel.h"
 #include "platform/PreferencesService.h"
 
-#include <QFile>
 #include <QFileSystemWatcher>
-
-#include <sys/stat.h>
+#include <QSaveFile>
 
 namespace {
-
-// A file made by Save As: readable by all, written by its owner.
-constexpr mode_t kNewFileMode = 0644;
 
 PropertyList valueOfShown(const PListNode &node)
 {
@@ -193,14 +188,16 @@ bool plistDocument::writeFile(const QString &path, PropertyListFormat format, QS
         *error = PropertyListSerialization::writeProblem(value);
         return false;
     }
-    // An existing file keeps its permissions.
-    struct stat info {};
-    const mode_t mode = ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_mode & 07777 : kNewFileMode;
-    PreferenceDomainFile::Stamp written;
-    if (!PreferenceDomainFile(path).replace(bytes, mode, &written, error))
+    // Written beside the file and renamed over it only when complete, so a
+    // failed save leaves the old file as it was; an existing file keeps its
+    // permissions.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+        *error = file.errorString();
         return false;
+    }
     // The file written is the document's file from now on (Save As included).
-    m_stamp = written;
+    m_stamp = PreferenceDomainFile::stamp(path);
     return true;
 }
 

@@ -68,6 +68,8 @@ void DocumentFileTest::plainFileKeepsItsFormat()
     QFETCH(PropertyListFormat, format);
     DocumentFixture fixture;
     const QString path = fixture.sandbox.write(QStringLiteral("plain/file.plist"), bytesOf(value, format));
+    const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
+    QFile::setPermissions(path, ownerOnly);
     plistDocument &document = fixture.openFile(path);
     QVERIFY(!document.loadedByUserDefaults());
     rename(document, value.isArray() ? "1/a" : "a", "z");
@@ -79,6 +81,7 @@ void DocumentFileTest::plainFileKeepsItsFormat()
     const PropertyListFile saved = fileAt(path);
     QCOMPARE(saved.format, format);
     QTEST(saved.value, "saved");
+    QCOMPARE(QFile::permissions(path) & 0x7077, ownerOnly); // owner, group, others
 }
 
 void DocumentFileTest::oldStyleTextIsSavedAsXmlOnlyWhenAsked()
