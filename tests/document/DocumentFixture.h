@@ -29,7 +29,7 @@ public:
     DomainSandbox sandbox;
     PreferencesService service;
     NotificationCenter center;
-    UserDefaults defaults{service};
+    UserDefaults defaults{service, center};
 
 private:
     std::unique_ptr<plistDocument> m_document;
