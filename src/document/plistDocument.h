@@ -137,7 +137,10 @@ public:
     // ---- undo methods ----
     void addNewNode(const PListNodePtr &node, const QString &undoName);
     void undoNewOrDelete(const PListNodePtr &node, int index, const PListNodePtr &parent);
-    void undoChangeClass(const PListNodePtr &node, const PropertyList &value, int tag);
+    // The record of a class change and of a value change: puts content back
+    // into the node whole, hidden state included, and records what it took
+    // out, so the same record serves undo and redo.
+    void undoChangeClass(const PListNodePtr &node, const PListNode::Content &content);
     // Puts restored back in current's place (a duplicate key's replacement undone).
     void undoReplacement(const PListNodePtr &current, const PListNodePtr &restored, int index);
     void undoMove(const PListNodePtr &node, const PListNodePtr &oldParent, int oldIndex);
@@ -165,6 +168,7 @@ private:
     void setNodeName(PListNode *node, const QString &name);
     void setNodeValue(PListNode *node, const PropertyList &value);
     bool setNodeClass(PListNode *node, int tag);
+    void swapNodeContent(PListNode *node, PListNode::Content &content);
     void sortShownTree();
     void showRoot(const PListNodePtr &root);
     // Tells the outline that node's texts changed, wherever it shows.

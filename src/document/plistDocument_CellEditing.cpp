@@ -13,12 +13,9 @@ constexpr char16_t kEnterCharacter = 0x03;
 
 bool isArrayElement(const PListNode &node) { return node.nodeParent() && node.nodeParent()->isArray(); }
 
-// An edit as a value: a value put back by undo comes as it was; a typed text
-// as a string; a toggled boolean as a boolean.
+// An edit as a value: a typed text as a string, a toggled boolean as a boolean.
 PropertyList valueOf(const QVariant &value)
 {
-    if (value.canConvert<PropertyList>() && value.metaType() == QMetaType::fromType<PropertyList>())
-        return value.value<PropertyList>();
     if (value.metaType() == QMetaType::fromType<bool>())
         return PropertyList::boolean(value.toBool());
     return PropertyList(value.toString());
@@ -89,12 +86,9 @@ void plistDocument::setObjectValue(PListNode *node, int column, const QVariant &
     if (column != DocumentScreen::ValueColumn || !node->canEditValue() || textOf(newValue) == node->stringValue())
         return;
     const PListNodePtr held = sharedNode(node);
-    const PropertyList current = node->value();
-    m_undoManager.registerUndo([this, held, current] {
-        setObjectValue(held.get(), DocumentScreen::ValueColumn, QVariant::fromValue(current));
-    });
-    if (!m_undoManager.isUndoing() && !m_undoManager.isRedoing())
-        m_undoManager.setActionName(DocumentStrings::changeValue());
+    const PListNode::Content before = node->content();
+    m_undoManager.registerUndo([this, held, before] { undoChangeClass(held, before); });
+    m_undoManager.setActionName(DocumentStrings::changeValue());
     setNodeValue(node, newValue);
 }
 
@@ -106,9 +100,8 @@ void plistDocument::menuAction(int tag)
         return;
     }
     const PListNodePtr held = sharedNode(node);
-    const PropertyList current = node->value();
-    const int currentTag = node->menu();
-    m_undoManager.registerUndo([this, held, current, currentTag] { undoChangeClass(held, current, currentTag); });
+    const PListNode::Content before = node->content();
+    m_undoManager.registerUndo([this, held, before] { undoChangeClass(held, before); });
     m_undoManager.setActionName(DocumentStrings::changeClass());
     if (!setNodeClass(node, tag))
         beep();

@@ -80,6 +80,12 @@ bool plistDocument::setNodeClass(PListNode *node, int tag)
     return converted;
 }
 
+void plistDocument::swapNodeContent(PListNode *node, PListNode::Content &content)
+{
+    node->swapContent(content);
+    nodeTextsChanged(node);
+}
+
 void plistDocument::sortShownTree()
 {
     m_model->beginSort();

@@ -78,13 +78,11 @@ void plistDocument::undoNewOrDelete(const PListNodePtr &node, int index, const P
     m_undoManager.registerUndo([this, node, at, parent] { undoNewOrDelete(node, at, parent); });
 }
 
-void plistDocument::undoChangeClass(const PListNodePtr &node, const PropertyList &value, int tag)
+void plistDocument::undoChangeClass(const PListNodePtr &node, const PListNode::Content &content)
 {
-    const PropertyList current = node->value();
-    const int currentTag = node->menu();
-    m_undoManager.registerUndo([this, node, current, currentTag] { undoChangeClass(node, current, currentTag); });
-    setNodeClass(node.get(), tag);
-    setNodeValue(node.get(), value);
+    PListNode::Content swapped = content;
+    swapNodeContent(node.get(), swapped);
+    m_undoManager.registerUndo([this, node, swapped] { undoChangeClass(node, swapped); });
 }
 
 void plistDocument::undoReplacement(const PListNodePtr &current, const PListNodePtr &restored, int index)
