@@ -3,6 +3,9 @@
 #include "model/PListNode.h"
 #include "platform/PreferenceDomainFile.h"
 #include "platform/PropertyListSerialization.h"
+#include "platform/ReadResult.h"
+
+#include <QList>
 
 // What a document opened on a path holds, ready to be shown: the tree built
 // and sorted, and how the content is to be written back.
@@ -16,4 +19,7 @@ struct DocumentContent {
     PropertyListFormat format = PropertyListFormat::Xml;
     // The file as it was read, to tell a later change by another program.
     PreferenceDomainFile::Stamp stamp;
+    // What the reader resolved on its own (a key written twice, a value out
+    // of range), for the window to tell the user.
+    QList<ReadWarning> warnings;
 };

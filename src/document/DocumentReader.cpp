@@ -50,8 +50,13 @@ ReadResult<DocumentContent> buildContent(const QString &path, std::optional<Prop
     const PreferenceDomainFile::Stamp stamp = PreferenceDomainFile::stamp(path);
     PropertyList value;
     PropertyListFormat format = PropertyListFormat::Xml;
+    QList<ReadWarning> warnings;
     if (stored) {
         value = PropertyList(*stored);
+        // The service keeps no account of what it resolved in the domain's
+        // file; the file is read once more for that alone.
+        if (stamp.exists && !QFileInfo(path).isDir())
+            warnings = PropertyListSerialization::readFile(path).warnings;
     } else {
         if (QFileInfo(path).isDir())
             return failure(path, ReadStatus::CannotOpen, QStringLiteral("it is a folder"));
@@ -63,10 +68,12 @@ ReadResult<DocumentContent> buildContent(const QString &path, std::optional<Prop
                            QStringLiteral("its top level is neither a dictionary nor an array"));
         value = std::move(file.value.value);
         format = file.value.format;
+        warnings = std::move(file.warnings);
     }
     DocumentContent content = contentOf(value, stored.has_value(), QFileInfo(path).isWritable());
     content.format = format;
     content.stamp = stamp;
+    content.warnings = std::move(warnings);
     return ReadResult<DocumentContent>::success(std::move(content));
 }
 

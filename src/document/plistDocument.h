@@ -75,6 +75,8 @@ public:
     // Takes over content read again for the same path, as a reload does.
     void adoptReloadedContent(DocumentContent content);
     bool loadedByUserDefaults() const { return m_cachedTreeData->loadedByUserDefaults(); }
+    // What the reader resolved on its own when the content was last read.
+    const QList<ReadWarning> &readWarnings() const { return m_warnings; }
     PropertyListFormat fileFormat() const { return m_format; }
     // Old-style text cannot be written: such a file is saved as XML once the
     // user agrees (setFileFormat).
@@ -196,6 +198,7 @@ private:
     bool m_warn = true;
     PropertyListFormat m_format = PropertyListFormat::Xml;
     PreferenceDomainFile::Stamp m_stamp;
+    QList<ReadWarning> m_warnings;
     PreferenceDomainFile::Stamp m_reportedStamp; // the last change by another program told of
     QFileSystemWatcher *m_watcher = nullptr;
     UndoManager m_undoManager;

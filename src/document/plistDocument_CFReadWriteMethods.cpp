@@ -60,6 +60,7 @@ void plistDocument::replaceContent(DocumentContent content)
     m_canEditPlist = content.canEditPlist;
     m_format = content.format;
     m_stamp = content.stamp;
+    m_warnings = std::move(content.warnings);
     m_undoManager.removeAllActions();
     m_undoManager.setClean();
     m_cachedTreeData = content.root;

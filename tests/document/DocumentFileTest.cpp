@@ -42,6 +42,8 @@ private slots:
     void domainSaveRemovesExactlyTheDeletedKeys();
     void domainWithoutKeysIsNotWritten();
     void failedSaveKeepsTheEdits();
+    void duplicateKeysAreReported_data();
+    void duplicateKeysAreReported();
     void unreadableFiles_data();
     void unreadableFiles();
     void reloadForgetsTheHistory();
@@ -166,6 +168,29 @@ void DocumentFileTest::failedSaveKeepsTheEdits()
     QVERIFY(document.isDocumentEdited());
     QCOMPARE(document.fileName(), path);
     QCOMPARE(fileAt(path).value, valueOf("{a = 1;}"));
+}
+
+void DocumentFileTest::duplicateKeysAreReported_data()
+{
+    QTest::addColumn<bool>("domain");
+    QTest::newRow("a plain file") << false;
+    QTest::newRow("a domain read through the service") << true;
+}
+
+void DocumentFileTest::duplicateKeysAreReported()
+{
+    QFETCH(bool, domain);
+    DocumentFixture fixture;
+    const QString folder = domain ? fixture.sandbox.userFolder() : fixture.sandbox.home();
+    const QString path = fixture.sandbox.write(
+        folder + u"/com.twice.plist"_s,
+        "<plist><dict><key>k</key><string>first</string><key>k</key><string>second</string></dict></plist>");
+    plistDocument &document = fixture.openFile(path);
+    QCOMPARE(document.loadedByUserDefaults(), domain);
+    QCOMPARE(TreePicture::of(*document.treeData()), u"{k = second;}"_s);
+    QCOMPARE(document.readWarnings().size(), 1);
+    QCOMPARE(document.readWarnings().first().kind, ReadWarning::Kind::DuplicateKey);
+    QVERIFY(document.readWarnings().first().message.contains(u"\"k\""_s));
 }
 
 void DocumentFileTest::unreadableFiles_data()

@@ -2,7 +2,7 @@
 
 #include "FakeScreen.h"
 
-#include "../domains/DomainSandbox.h"
+#include "DomainSandbox.h"
 #include "document/plistDocument.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PreferencesService.h"
