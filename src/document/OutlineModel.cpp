@@ -158,11 +158,23 @@ bool OutlineModel::hasChildren(const QModelIndex &parent) const
     return !parent.isValid() ? m_root->numberOfChildren() > 0 : nodeAt(parent)->isGroup();
 }
 
-QVariant OutlineModel::displayText(const PListNode &node, int column) const
+QString OutlineModel::keyText(const PListNode &node, int row) const
 {
-    switch (column) {
-    case KeyColumn:
+    // An array item's label is its position. A shown item is at its row, so
+    // a long list need not be searched for it on every paint; a filtered copy
+    // is labelled by its real item's position, which the hints keep.
+    const PListNode *real = node.searchReference() ? node.searchReference() : &node;
+    const PListNode *parent = real->nodeParent();
+    if (!parent || !parent->isArray())
         return node.displayName();
+    return ValueClasses::itemLabel((real == &node ? row : rowOf(real)) + 1);
+}
+
+QVariant OutlineModel::displayText(const PListNode &node, const QModelIndex &index) const
+{
+    switch (index.column()) {
+    case KeyColumn:
+        return keyText(node, index.row());
     case ClassColumn:
         return node.displayMenu();
     case ValueColumn:
@@ -198,7 +210,7 @@ QVariant OutlineModel::data(const QModelIndex &index, int role) const
     const PListNode &node = *nodeAt(index);
     switch (role) {
     case Qt::DisplayRole:
-        return displayText(node, index.column());
+        return displayText(node, index);
     case Qt::EditRole:
         if (index.column() == ClassColumn)
             return node.menu();

@@ -73,7 +73,8 @@ private:
     // A change of a child's count or an array's positions shows in the
     // parent's item count and in the labels "Item N" from first on.
     void childrenChanged(const PListNode *parent, int first);
-    QVariant displayText(const PListNode &node, int column) const;
+    QString keyText(const PListNode &node, int row) const;
+    QVariant displayText(const PListNode &node, const QModelIndex &index) const;
     QVariant styleData(const PListNode &node, int column, int role) const;
 
     PListNodePtr m_root;

@@ -41,23 +41,31 @@ private slots:
 
 void OutlineModelTest::texts_data()
 {
+    QTest::addColumn<QString>("query");
     QTest::addColumn<QString>("path");
     QTest::addColumn<QStringList>("columns");
 
-    QTest::newRow("leaf") << u"a"_s << QStringList{u"a"_s, u"Integer"_s, u"7"_s};
-    QTest::newRow("dictionary counts its entries") << u"b"_s << QStringList{u"b"_s, u"Dictionary"_s, u"1 Item"_s};
-    QTest::newRow("array") << u"d"_s << QStringList{u"d"_s, u"Array"_s, u"2 Items"_s};
-    QTest::newRow("array element by position") << u"d/2"_s << QStringList{u"Item 2"_s, u"String"_s, u"q"_s};
+    QTest::newRow("leaf") << QString() << u"a"_s << QStringList{u"a"_s, u"Integer"_s, u"7"_s};
+    QTest::newRow("dictionary counts its entries")
+        << QString() << u"b"_s << QStringList{u"b"_s, u"Dictionary"_s, u"1 Item"_s};
+    QTest::newRow("array") << QString() << u"d"_s << QStringList{u"d"_s, u"Array"_s, u"2 Items"_s};
+    QTest::newRow("array element by position")
+        << QString() << u"d/2"_s << QStringList{u"Item 2"_s, u"String"_s, u"q"_s};
+    // The filtered array holds only q, at row 0, labelled by where it really is.
+    QTest::newRow("filtered array element by its real position")
+        << u"q"_s << u"d/1"_s << QStringList{u"Item 2"_s, u"String"_s, u"q"_s};
 }
 
 void OutlineModelTest::texts()
 {
+    QFETCH(QString, query);
     QFETCH(QString, path);
     QFETCH(QStringList, columns);
     DocumentFixture fixture;
     PropertyDictionary tree = valueOf("{b = {c = x;}; d = (p, q);}").toDictionary();
     tree.insert(QStringLiteral("a"), PropertyList::integer(7));
     plistDocument &document = fixture.open(tree);
+    document.searchDocument(query);
     const OutlineModel &model = *document.outlineModel();
     const QModelIndex index = model.indexOf(nodeAt(document, path));
     QVERIFY(index.isValid());
