@@ -15,8 +15,10 @@ int main(int argc, char **argv)
     QApplication::setOrganizationDomain(QStringLiteral("orvane.org"));
     // Before any window exists: every window reads its settings when it is made.
     UserDefaults &defaults = UserDefaults::standardUserDefaults();
-    ApplicationSettings::registerDefaults(defaults, SystemAppearance::current(), QDateTime::currentDateTimeUtc());
-    VXDocumentController documents({{PreferencesService::shared(), defaults}, NotificationCenter::defaultCenter()});
+    ApplicationSettings::registerDefaults(defaults, SystemAppearance::current(),
+                                          QDateTime::currentDateTimeUtc());
+    VXDocumentController documents(
+        {{PreferencesService::shared(), defaults}, NotificationCenter::defaultCenter()});
 
     QStringList paths = app.arguments().mid(1);
     if (paths.isEmpty()) {

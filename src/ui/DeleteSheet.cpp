@@ -13,7 +13,8 @@ DeleteSheet::DeleteSheet(const QString &question, QWidget *parent)
     confirm->setDefault(true);
     connect(m_ui->buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(m_ui->buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(m_ui->doNotAskAgain, &QCheckBox::toggled, this, [this](bool checked) { emit askAgainChanged(!checked); });
+    connect(m_ui->doNotAskAgain, &QCheckBox::toggled, this,
+            [this](bool checked) { emit askAgainChanged(!checked); });
 }
 
 DeleteSheet::~DeleteSheet() = default;

@@ -27,8 +27,10 @@ QColor normalColour(const QModelIndex &index, const QPalette &palette)
     switch (Colour(index.data(OutlineModel::ColourRole).toInt())) {
     case Colour::CustomText:
     case Colour::CustomDisabled: {
-        const CalibratedColor colour = VXAdditions::colorFromString(index.data(OutlineModel::CustomColourRole).toString());
-        return QColor::fromRgbF(float(colour.red), float(colour.green), float(colour.blue), float(colour.alpha));
+        const CalibratedColor colour =
+            VXAdditions::colorFromString(index.data(OutlineModel::CustomColourRole).toString());
+        return QColor::fromRgbF(float(colour.red), float(colour.green), float(colour.blue),
+                                float(colour.alpha));
     }
     case Colour::DisabledText:
         return palette.color(QPalette::Disabled, QPalette::Text);
@@ -102,7 +104,8 @@ void OutlineItemDelegate::setEditorData(QWidget *editor, const QModelIndex &inde
     }
 }
 
-void OutlineItemDelegate::setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const
+void OutlineItemDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
+                                       const QModelIndex &index) const
 {
     auto *line = qobject_cast<QLineEdit *>(editor);
     // An editor closed without asking (the view went away, the model changed)
@@ -129,7 +132,8 @@ bool OutlineItemDelegate::eventFilter(QObject *object, QEvent *event)
     if (!editor || !(isEndingKey(event) || focusOut))
         return QStyledItemDelegate::eventFilter(object, event);
     if (!mayEnd(editor)) {
-        const Qt::FocusReason reason = focusOut ? static_cast<QFocusEvent *>(event)->reason() : Qt::OtherFocusReason;
+        const Qt::FocusReason reason =
+            focusOut ? static_cast<QFocusEvent *>(event)->reason() : Qt::OtherFocusReason;
         // Another window or a menu taking the keyboard is no attempt to end the edit.
         const bool userLeft = reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason;
         if (userLeft && m_document && m_document->screen())

@@ -16,7 +16,8 @@ SearchField::SearchField(QWidget *parent)
     m_pause.setInterval(kTypingPauseMs);
     connect(&m_pause, &QTimer::timeout, this, &SearchField::search);
     connect(m_clear, &QAction::triggered, this, &SearchField::cancel);
-    connect(this, &QLineEdit::textChanged, this, [this](const QString &text) { m_clear->setVisible(!text.isEmpty()); });
+    connect(this, &QLineEdit::textChanged, this,
+            [this](const QString &text) { m_clear->setVisible(!text.isEmpty()); });
     connect(this, &QLineEdit::textEdited, this, &SearchField::textEdited);
 }
 

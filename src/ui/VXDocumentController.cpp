@@ -90,13 +90,15 @@ void VXDocumentController::startLoad(Entry &entry)
     // tree, which take the time, are made on the pool.
     std::optional<PropertyDictionary> stored = DocumentReader::storedContent(entry.path, m_services.store);
     QThreadPool::globalInstance()->start([load, path = entry.path, stored]() {
-        auto result = std::make_shared<ReadResult<DocumentContent>>(DocumentReader::buildContent(path, stored));
+        auto result =
+            std::make_shared<ReadResult<DocumentContent>>(DocumentReader::buildContent(path, stored));
         QMutexLocker lock(&load->mutex);
         if (!load->receiver)
             return; // nobody waits for it: the tree is freed here, after the lock
         VXDocumentController *receiver = load->receiver;
         QMetaObject::invokeMethod(
-            receiver, [receiver, load, result] { receiver->loadFinished(load, *result); }, Qt::QueuedConnection);
+            receiver, [receiver, load, result] { receiver->loadFinished(load, *result); },
+            Qt::QueuedConnection);
     });
     QPointer<VXWindowController> window = entry.window;
     QTimer::singleShot(kBusyDelayMs, window, [window] {
@@ -107,7 +109,8 @@ void VXDocumentController::startLoad(Entry &entry)
     });
 }
 
-void VXDocumentController::loadFinished(const std::shared_ptr<Load> &load, ReadResult<DocumentContent> &result)
+void VXDocumentController::loadFinished(const std::shared_ptr<Load> &load,
+                                        ReadResult<DocumentContent> &result)
 {
     Entry *entry = entryForLoad(load.get());
     if (!entry)
@@ -175,7 +178,8 @@ VXWindowController *VXDocumentController::windowForDocument(const plistDocument 
 VXDocumentController::Entry *VXDocumentController::entryForPath(const QString &path)
 {
     for (Entry &entry : m_entries) {
-        const QString current = entry.document->fileName().isEmpty() ? entry.path : entry.document->fileName();
+        const QString current =
+            entry.document->fileName().isEmpty() ? entry.path : entry.document->fileName();
         if (current == path)
             return &entry;
     }

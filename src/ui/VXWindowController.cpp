@@ -24,11 +24,15 @@
 
 namespace {
 
-QAction *makeAction(QObject *parent, const QString &title, QKeySequence::StandardKey key = QKeySequence::UnknownKey)
+// The desktop's shortcut for key, or fallback where the desktop has none (a
+// plain X11 session knows no Save As key).
+QAction *makeAction(QObject *parent, const QString &title,
+                    QKeySequence::StandardKey key = QKeySequence::UnknownKey,
+                    const QKeySequence &fallback = {})
 {
     auto *action = new QAction(title, parent);
-    if (key != QKeySequence::UnknownKey)
-        action->setShortcuts(key);
+    const QList<QKeySequence> keys = QKeySequence::keyBindings(key);
+    action->setShortcuts(keys.isEmpty() && !fallback.isEmpty() ? QList<QKeySequence>{fallback} : keys);
     return action;
 }
 
@@ -41,7 +45,8 @@ QAction *toolAction(QObject *parent, const QString &title, const char *iconName)
 
 } // namespace
 
-VXWindowController::VXWindowController(plistDocument *document, VXDocumentController *controller, QWidget *parent)
+VXWindowController::VXWindowController(plistDocument *document, VXDocumentController *controller,
+                                       QWidget *parent)
     : QMainWindow(parent), m_document(document), m_controller(controller)
 {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -63,26 +68,15 @@ VXWindowController::~VXWindowController()
         return;
     if (m_document->screen() == this)
         m_document->setScreen(nullptr);
-    for (QObject *sender : {static_cast<QObject *>(m_document.data()), static_cast<QObject *>(&m_document->undoManager()),
-                            static_cast<QObject *>(m_document->selectionModel()), static_cast<QObject *>(qApp)})
-        sender->disconnect(this);
+    m_document->disconnect(this);
+    m_document->undoManager().disconnect(this);
+    m_document->selectionModel()->disconnect(this);
+    qApp->disconnect(this);
 }
 
 void VXWindowController::createWidgets()
 {
-    m_busyPage = new QWidget;
-    m_busyText = new QLabel(m_busyPage);
-    m_busyText->setTextFormat(Qt::PlainText);
-    m_busyText->setAlignment(Qt::AlignCenter);
-    auto *busy = new QProgressBar(m_busyPage);
-    busy->setRange(0, 0); // no end known: a busy indicator
-    busy->setMaximumWidth(240);
-    auto *busyLayout = new QVBoxLayout(m_busyPage);
-    busyLayout->addStretch();
-    busyLayout->addWidget(m_busyText);
-    busyLayout->addWidget(busy, 0, Qt::AlignHCenter);
-    busyLayout->addStretch();
-
+    createBusyPage();
     m_outline = new PrefOV;
     m_outline->setDocument(m_document);
     m_delegate = new OutlineItemDelegate(this);
@@ -110,13 +104,33 @@ void VXWindowController::createWidgets()
     m_pages->addWidget(documentPage);
     setCentralWidget(m_pages);
 
-    m_readOnlyMark = new QLabel(tr("Read Only"));
+    // The status bar shows only for a read-only document, and says so.
     const QIcon lock = QIcon::fromTheme(QStringLiteral("object-locked"));
-    if (!lock.isNull())
-        m_readOnlyMark->setPixmap(lock.pixmap(16));
-    m_readOnlyMark->setToolTip(tr("This document cannot be changed: its file may not be written."));
-    statusBar()->addPermanentWidget(m_readOnlyMark);
+    if (!lock.isNull()) {
+        auto *lockIcon = new QLabel;
+        lockIcon->setPixmap(lock.pixmap(16));
+        statusBar()->addPermanentWidget(lockIcon);
+    }
+    auto *readOnly = new QLabel(tr("Read Only"));
+    readOnly->setToolTip(tr("This document cannot be changed: its file may not be written."));
+    statusBar()->addPermanentWidget(readOnly);
     statusBar()->setSizeGripEnabled(false);
+}
+
+void VXWindowController::createBusyPage()
+{
+    m_busyPage = new QWidget;
+    m_busyText = new QLabel(m_busyPage);
+    m_busyText->setTextFormat(Qt::PlainText);
+    m_busyText->setAlignment(Qt::AlignCenter);
+    auto *busy = new QProgressBar(m_busyPage);
+    busy->setRange(0, 0); // no end known: a busy indicator
+    busy->setMaximumWidth(240);
+    auto *layout = new QVBoxLayout(m_busyPage);
+    layout->addStretch();
+    layout->addWidget(m_busyText);
+    layout->addWidget(busy, 0, Qt::AlignHCenter);
+    layout->addStretch();
 }
 
 void VXWindowController::createNotices()
@@ -140,7 +154,8 @@ void VXWindowController::createActions()
     a.open = makeAction(this, tr("&Open…"), QKeySequence::Open);
     a.close = makeAction(this, tr("&Close"), QKeySequence::Close);
     a.save = makeAction(this, tr("&Save"), QKeySequence::Save);
-    a.saveAs = makeAction(this, tr("Save &As…"), QKeySequence::SaveAs);
+    a.saveAs = makeAction(this, tr("Save &As…"), QKeySequence::SaveAs,
+                          QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     a.revert = makeAction(this, tr("&Revert to Saved"));
     a.quit = makeAction(this, tr("&Quit"), QKeySequence::Quit);
     a.undo = makeAction(this, tr("&Undo"), QKeySequence::Undo);
@@ -291,7 +306,6 @@ void VXWindowController::refreshTitle()
     // An empty title shows the file's name with the modified mark.
     setWindowTitle(readOnly ? tr("%1[*] — Read Only").arg(displayName()) : QString());
     setWindowModified(m_document->isDocumentEdited());
-    m_readOnlyMark->setVisible(readOnly);
     statusBar()->setVisible(readOnly);
 }
 
@@ -302,7 +316,9 @@ void VXWindowController::refreshActions()
     const plistDocument &document = *m_document;
     const bool ready = !m_loading;
     const auto command = [&](plistDocument::Command c) { return ready && document.validateCommand(c); };
-    const auto toolItem = [&](plistDocument::ToolbarItem i) { return ready && document.validateToolbarItem(i); };
+    const auto toolItem = [&](plistDocument::ToolbarItem i) {
+        return ready && document.validateToolbarItem(i);
+    };
     using Command = plistDocument::Command;
     Actions &a = m_actions;
     UndoManager &undo = m_document->undoManager();
@@ -338,7 +354,8 @@ void VXWindowController::showContextMenu(const QPoint &at)
         ->setEnabled(m_actions.addGroup->isEnabled());
     menu.addAction(tr("Add New Array"), m_document, &plistDocument::addArray)
         ->setEnabled(m_actions.addArray->isEnabled());
-    menu.addAction(tr("Add New Key"), m_document, &plistDocument::addLeaf)->setEnabled(m_actions.addLeaf->isEnabled());
+    menu.addAction(tr("Add New Key"), m_document, &plistDocument::addLeaf)
+        ->setEnabled(m_actions.addLeaf->isEnabled());
     menu.addSeparator();
     menu.addAction(tr("Delete"), m_document, &plistDocument::deleteSelections)
         ->setEnabled(m_actions.deleteItem->isEnabled());

@@ -90,6 +90,7 @@ protected:
 
 private:
     void createWidgets();
+    void createBusyPage();
     void createActions();
     void createMenus();
     void createToolBar();
@@ -117,7 +118,6 @@ private:
     SearchField *m_searchField = nullptr;
     NoticeBar *m_diskNotice = nullptr;
     NoticeBar *m_warningNotice = nullptr;
-    QLabel *m_readOnlyMark = nullptr;
     bool m_loading = true;
     bool m_closeAnswered = false;
     bool m_asking = false;

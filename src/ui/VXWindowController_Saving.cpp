@@ -71,7 +71,8 @@ void VXWindowController::saveDocumentAs()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setNameFilters({xmlFilter(), binaryFilter()});
-    dialog->selectNameFilter(m_document->fileFormat() == PropertyListFormat::Binary ? binaryFilter() : xmlFilter());
+    dialog->selectNameFilter(m_document->fileFormat() == PropertyListFormat::Binary ? binaryFilter()
+                                                                                    : xmlFilter());
     dialog->setDefaultSuffix(QStringLiteral("plist"));
     dialog->selectFile(m_document->fileName());
     connect(dialog, &QFileDialog::fileSelected, this, [this, dialog](const QString &path) {

@@ -36,7 +36,10 @@ bool VXWindowController::isItemExpanded(const PListNode *node) const
     return m_outline->isExpanded(m_outline->indexOf(node));
 }
 
-void VXWindowController::scrollToItem(const PListNode *node) { m_outline->scrollTo(m_outline->indexOf(node)); }
+void VXWindowController::scrollToItem(const PListNode *node)
+{
+    m_outline->scrollTo(m_outline->indexOf(node));
+}
 
 void VXWindowController::editColumn(const PListNode *node, int column)
 {
@@ -65,7 +68,8 @@ void VXWindowController::confirmDelete(const QString &question, std::function<vo
 void VXWindowController::showBadPermissions()
 {
     Sheet::tell(this, QMessageBox::Warning,
-                tr("This document cannot be changed: you may not write to “%1”.").arg(displayName()), QString());
+                tr("This document cannot be changed: you may not write to “%1”.").arg(displayName()),
+                QString());
 }
 
 void VXWindowController::beep() { QApplication::beep(); }
