@@ -11,10 +11,13 @@
 #include "platform/PropertyListSerialization.h"
 #include "platform/UserDefaults.h"
 #include "ui/PrefOV.h"
+#include "ui/SearchField.h"
 #include "ui/VXDocumentController.h"
 #include "ui/VXWindowController.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -29,7 +32,11 @@ namespace {
 
 // A throw-away account with the application's settings, and its documents.
 struct Session {
-    Session() { ApplicationSettings::registerDefaults(defaults, AppearanceDefaults::fallback(), QDateTime::currentDateTimeUtc()); }
+    Session()
+    {
+        ApplicationSettings::registerDefaults(defaults, AppearanceDefaults::fallback(),
+                                              QDateTime::currentDateTimeUtc());
+    }
 
     QString write(const char *text, const QString &name = u"doc.plist"_s)
     {
@@ -61,18 +68,19 @@ QString names(const plistDocument &document)
     return names.join(u' ');
 }
 
+// The cell editor that has the keyboard, if one does.
 QLineEdit *openEditor(const VXWindowController &window)
 {
-    return qobject_cast<QLineEdit *>(QApplication::focusWidget()) == nullptr
-        ? nullptr
-        : window.outlineView()->findChild<QLineEdit *>();
+    auto *focused = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+    return focused && window.outlineView()->isAncestorOf(focused) ? focused : nullptr;
 }
 
-void answer(QWidget *window, const QString &button)
+// Clicks the button of that title on the window's sheet (by default its message box).
+void answer(QWidget *window, const QString &button, QWidget *sheet = nullptr)
 {
-    QMessageBox *box = nullptr;
-    QVERIFY(QTest::qWaitFor([&] { return (box = window->findChild<QMessageBox *>()) && box->isVisible(); }));
-    for (QAbstractButton *candidate : box->buttons()) {
+    QVERIFY(sheet || QTest::qWaitFor(
+                         [&] { return (sheet = window->findChild<QMessageBox *>()) && sheet->isVisible(); }));
+    for (QAbstractButton *candidate : sheet->findChildren<QAbstractButton *>()) {
         if (candidate->text() == button)
             return candidate->click();
     }
@@ -89,6 +97,9 @@ private slots:
     void refusedEditsKeepTheEditor();
     void closingAskedAboutEdits_data();
     void closingAskedAboutEdits();
+    void failedSaveKeepsTheEdits();
+    void deleteSheetCanStopAsking();
+    void filterOutlivesReload();
     void readOnlyDocumentDisablesEditing();
     void closingWhileReading();
     void openingOnceOrWithAReason();
@@ -194,6 +205,53 @@ void VXWindowControllerTest::closingAskedAboutEdits()
     QCOMPARE(keys.join(u' '), onDisk);
 }
 
+void VXWindowControllerTest::failedSaveKeepsTheEdits()
+{
+    Session session;
+    VXWindowController *window = session.open(session.write("{a = 1;}"));
+    QVERIFY(window);
+    window->actions().addLeaf->trigger();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QVERIFY(!window->saveDocumentTo(session.sandbox.home() + u"/missing/folder/doc.plist"_s,
+                                    PropertyListFormat::Binary));
+    QVERIFY(window->isWindowModified());
+    answer(window, u"OK"_s);
+}
+
+void VXWindowControllerTest::deleteSheetCanStopAsking()
+{
+    Session session;
+    VXWindowController *window = session.open(session.write("{a = 1; b = 2; c = 3;}"));
+    QVERIFY(window);
+    QTest::keyClick(window->outlineView(), Qt::Key_Backspace);
+    auto *sheet = window->findChild<QDialog *>();
+    QVERIFY(sheet && sheet->isVisible());
+    QVERIFY(sheet->findChild<QLabel *>()->text().contains(u" a ?"_s));
+    sheet->findChild<QCheckBox *>()->click();
+    QVERIFY(!session.defaults.boolForKey(u"VXWarnOnDocumentDelete"_s));
+    answer(window, u"Delete"_s, sheet);
+    QCOMPARE(names(*window->document()), u"b c"_s);
+    QCOMPARE(window->actions().undo->text(), u"Undo Cut"_s);
+
+    QVERIFY(QTest::qWaitFor([&] { return window->outlineView()->isKeyOutline(); }));
+    QTest::keyClick(window->outlineView(), Qt::Key_Delete); // not asked any more
+    QCOMPARE(names(*window->document()), u"c"_s);
+    QCOMPARE(window->actions().undo->text(), u"Undo Delete"_s);
+}
+
+void VXWindowControllerTest::filterOutlivesReload()
+{
+    Session session;
+    VXWindowController *window = session.open(session.write("{apple = 1; pear = 2;}"));
+    QVERIFY(window);
+    QTest::keyClicks(window->searchField(), u"pe"_s);
+    QCOMPARE(names(*window->document()), u"pear"_s);
+    window->actions().reload->trigger();
+    QCOMPARE(names(*window->document()), u"pear"_s);
+    QTest::keyClick(window->searchField(), Qt::Key_Escape);
+    QCOMPARE(names(*window->document()), u"apple pear"_s);
+}
+
 void VXWindowControllerTest::readOnlyDocumentDisablesEditing()
 {
     Session session;
@@ -248,7 +306,8 @@ void VXWindowControllerTest::openingOnceOrWithAReason()
     const QString broken = session.sandbox.write(u"broken.plist"_s, "<plist><dict><key>a</key></plist>");
     session.documents.openDocument(broken);
     QVERIFY(failed.wait());
-    QVERIFY2(failed.first().at(1).toString().contains(u"line"_s), qPrintable(failed.first().at(1).toString()));
+    QVERIFY2(failed.first().at(1).toString().contains(u"line"_s),
+             qPrintable(failed.first().at(1).toString()));
     QCOMPARE(session.documents.documents().size(), 1);
     for (QWidget *widget : QApplication::topLevelWidgets()) {
         if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->text().contains(u"broken.plist"_s))
