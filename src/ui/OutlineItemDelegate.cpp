@@ -57,6 +57,18 @@ bool isEndingKey(const QEvent *event)
     }
 }
 
+QAbstractItemDelegate::EndEditHint endHintOf(const QEvent *event)
+{
+    switch (static_cast<const QKeyEvent *>(event)->key()) {
+    case Qt::Key_Tab:
+        return QAbstractItemDelegate::EditNextItem;
+    case Qt::Key_Backtab:
+        return QAbstractItemDelegate::EditPreviousItem;
+    default:
+        return QAbstractItemDelegate::NoHint;
+    }
+}
+
 } // namespace
 
 OutlineItemDelegate::OutlineItemDelegate(QObject *parent) : QStyledItemDelegate(parent) {}
@@ -144,9 +156,9 @@ bool OutlineItemDelegate::eventFilter(QObject *object, QEvent *event)
     }
     if (focusOut)
         return QStyledItemDelegate::eventFilter(object, event);
-    // Tab ends the edit as Return does: the next cell is for the user to choose.
+    // Tab and Shift+Tab end the edit as Return does, and the view goes on to the row's next cell.
     emit commitData(editor);
-    emit closeEditor(editor, QAbstractItemDelegate::NoHint);
+    emit closeEditor(editor, endHintOf(event));
     return true;
 }
 

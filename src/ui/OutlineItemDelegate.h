@@ -10,7 +10,7 @@ class plistDocument;
 // has the keyboard in the active window, "selected in the background" when it
 // is selected otherwise (standard text on the inactive highlight), and normally
 // in the colour the model gives. An edit ends only when the document accepts
-// the text: Return, Enter, Tab and leaving the field keep a refused editor
+// the text: Return, Enter, Tab (which goes on to the next cell) and leaving the field keep a refused editor
 // open with a beep; Escape cancels.
 class OutlineItemDelegate : public QStyledItemDelegate {
     Q_OBJECT
@@ -25,12 +25,13 @@ public:
     void setEditorData(QWidget *editor, const QModelIndex &index) const override;
     void setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const override;
 
+    // The index an editor of this delegate was opened on.
+    static QModelIndex indexOfEditor(const QWidget *editor);
+
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
     bool eventFilter(QObject *object, QEvent *event) override;
 
-    // The index an editor of this delegate was opened on.
-    static QModelIndex indexOfEditor(const QWidget *editor);
     static void rememberIndex(QWidget *editor, const QModelIndex &index);
 
 private:

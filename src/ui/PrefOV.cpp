@@ -1,5 +1,6 @@
 #include "PrefOV.h"
 
+#include "OutlineItemDelegate.h"
 #include "document/OutlineModel.h"
 #include "document/plistDocument.h"
 
@@ -109,6 +110,12 @@ void PrefOV::drawRow(QPainter *painter, const QStyleOptionViewItem &option, cons
 
 void PrefOV::keyPressEvent(QKeyEvent *event)
 {
+    if (state() != EditingState && event->key() == Qt::Key_Down &&
+        (event->modifiers() & ~Qt::KeypadModifier) == Qt::AltModifier) {
+        openClassPopUp();
+        event->accept();
+        return;
+    }
     if (m_document && state() != EditingState && !m_document->shouldHandleKeyDown(keyPressOf(*event))) {
         event->accept();
         return;
@@ -142,4 +149,43 @@ bool PrefOV::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
             return false;
     }
     return QTreeView::edit(index, trigger, event);
+}
+
+void PrefOV::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    const bool onward = hint == QAbstractItemDelegate::EditNextItem || hint == QAbstractItemDelegate::EditPreviousItem;
+    const QModelIndex edited = onward ? OutlineItemDelegate::indexOfEditor(editor) : QModelIndex();
+    QTreeView::closeEditor(editor, onward ? QAbstractItemDelegate::NoHint : hint);
+    if (!edited.isValid())
+        return;
+    const QModelIndex next = nextEditableCell(edited, hint == QAbstractItemDelegate::EditNextItem ? 1 : -1);
+    if (next.isValid()) {
+        setCurrentIndex(next);
+        edit(next);
+    }
+}
+
+QModelIndex PrefOV::nextEditableCell(const QModelIndex &from, int step) const
+{
+    for (int column = from.column() + step; column >= 0 && column < OutlineModel::ColumnCount; column += step) {
+        const QModelIndex cell = from.siblingAtColumn(column);
+        const PListNode *node = nodeAt(cell);
+        if (!node)
+            return {};
+        if (column == OutlineModel::KeyColumn && cell.data(OutlineModel::ArrayElementRole).toBool())
+            continue;
+        if (column == OutlineModel::ValueColumn && (node->valueIsBool() || !node->canEditValue()))
+            continue;
+        return cell;
+    }
+    return {};
+}
+
+void PrefOV::openClassPopUp()
+{
+    const QModelIndex cell = currentIndex().siblingAtColumn(OutlineModel::ClassColumn);
+    if (!m_document || !cell.isValid() || !m_document->shouldEditColumn(nodeAt(cell), cell.column()))
+        return;
+    setCurrentIndex(cell);
+    edit(cell);
 }

@@ -9,7 +9,9 @@ class PListNode;
 // leaves the decisions to the document. Keys go to the document first and
 // reach the view only when the document passes them on; an edit started by
 // the user opens only when the document agrees; a click on a boolean's value
-// flips it.
+// flips it. Tab and Shift+Tab in an editor go on to the row's next or
+// previous cell (Key, Class, Value), and Alt+Down opens the class pop-up,
+// so that a class changes from the keyboard as well.
 class PrefOV : public QTreeView {
     Q_OBJECT
 public:
@@ -33,7 +35,14 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
+    void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
 
 private:
+    // The next cell of the row, in the direction given, whose editor may open
+    // without a side effect: a boolean's value flips rather than edits, an
+    // array element has no key to edit.
+    QModelIndex nextEditableCell(const QModelIndex &from, int step) const;
+    void openClassPopUp();
+
     plistDocument *m_document = nullptr;
 };

@@ -17,6 +17,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -93,6 +94,8 @@ class VXWindowControllerTest : public QObject {
     Q_OBJECT
 private slots:
     void editUndoRedoSave();
+    void classChangesFromTheKeyboard_data();
+    void classChangesFromTheKeyboard();
     void refusedEditsKeepTheEditor_data();
     void refusedEditsKeepTheEditor();
     void closingAskedAboutEdits_data();
@@ -140,6 +143,38 @@ void VXWindowControllerTest::editUndoRedoSave()
     QVERIFY(!actions.save->isEnabled());
     const auto saved = PropertyListSerialization::readFile(path);
     QCOMPARE(saved.value.value, PropertyListSerialization::read("{a = 1; c = x;}").value.value);
+}
+
+void VXWindowControllerTest::classChangesFromTheKeyboard_data()
+{
+    QTest::addColumn<bool>("byTab");
+    QTest::newRow("Tab from the key's editor") << true;
+    QTest::newRow("Alt+Down on the row") << false;
+}
+
+void VXWindowControllerTest::classChangesFromTheKeyboard()
+{
+    QFETCH(bool, byTab);
+    Session session;
+    VXWindowController *window = session.open(session.write("{a = 12abc;}"));
+    QVERIFY(window);
+    PrefOV *outline = window->outlineView();
+    if (byTab) {
+        QTest::keyClick(outline, Qt::Key_Return);
+        QVERIFY(openEditor(*window));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    } else {
+        QTest::keyClick(outline, Qt::Key_Down, Qt::AltModifier);
+    }
+    auto *classes = outline->findChild<QComboBox *>(u"Classes"_s);
+    QVERIFY(classes);
+    QTRY_VERIFY(classes->view()->isVisible());
+    classes->setCurrentIndex(classes->findText(u"Integer"_s));
+    emit classes->activated(classes->currentIndex());
+    const PListNode &node = *window->document()->treeData()->children().first();
+    QVERIFY(node.value().isInteger());
+    QCOMPARE(node.value().toInteger(), 12);
+    QCOMPARE(window->actions().undo->text(), u"Undo Change Class"_s);
 }
 
 void VXWindowControllerTest::refusedEditsKeepTheEditor_data()
