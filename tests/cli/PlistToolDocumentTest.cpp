@@ -4,7 +4,7 @@
 #include "DomainSandbox.h"
 #include "TestRegistry.h"
 
-#include "PlistTool.h"
+#include "InProcessTool.h"
 #include "platform/PropertyListSerialization.h"
 
 #include <QFile>
@@ -16,22 +16,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Run {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-Run runTool(const QStringList &arguments)
-{
-    Run run;
-    QTextStream out(&run.out);
-    QTextStream err(&run.err);
-    run.status = PlistTool(out, err).run(arguments);
-    out.flush();
-    err.flush();
-    return run;
-}
 
 PropertyList parsed(const char *text)
 {
@@ -85,7 +69,7 @@ void PlistToolDocumentTest::filter()
                " Recent = (a.txt, hello.txt); Token = <deadbeef>;}");
     const QString path =
         sandbox.write(u"filter.plist"_s, PropertyListSerialization::write(content, PropertyListFormat::Xml));
-    const Run run = runTool({u"filter"_s, path, query});
+    const ToolRun run = runToolInProcess({u"filter"_s, path, query});
     QCOMPARE(run.status, 0);
     QCOMPARE(run.out, shown.description() + u'\n');
     QCOMPARE(fileBytes(path), PropertyListSerialization::write(content, PropertyListFormat::Xml));
@@ -176,7 +160,7 @@ void PlistToolDocumentTest::set()
     if (place == Place::ReadOnlyFile)
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
 
-    const Run run = runTool(QStringList{u"set"_s, path} + arguments);
+    const ToolRun run = runToolInProcess(QStringList{u"set"_s, path} + arguments);
     QCOMPARE(run.status, status);
     if (status != 0) {
         QVERIFY2(run.err.contains(out), qPrintable(run.err));
