@@ -1,9 +1,15 @@
 #include "domains/ApplicationSettings.h"
+#include "platform/NotificationCenter.h"
+#include "platform/PreferencesService.h"
 #include "platform/UserDefaults.h"
 #include "ui/AppearanceDefaults.h"
-#include "ui/PropertyListWindow.h"
+#include "ui/PrefOV.h"
+#include "ui/VXDocumentController.h"
+#include "ui/VXWindowController.h"
 
 #include <QApplication>
+#include <QFileDialog>
+#include <QTimer>
 
 int main(int argc, char **argv)
 {
@@ -11,15 +17,32 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(QStringLiteral("Orvane"));
     QApplication::setOrganizationDomain(QStringLiteral("orvane.org"));
     // Before any window exists: every window reads its settings when it is made.
-    ApplicationSettings::registerDefaults(UserDefaults::standardUserDefaults(), SystemAppearance::current(),
+    UserDefaults &defaults = UserDefaults::standardUserDefaults();
+    ApplicationSettings::registerDefaults(defaults, SystemAppearance::current(),
                                           QDateTime::currentDateTimeUtc());
+    VXDocumentController documents(
+        {{PreferencesService::shared(), defaults}, NotificationCenter::defaultCenter()});
 
-    const QStringList paths = app.arguments().mid(1);
+    QStringList paths = app.arguments().mid(1);
     if (paths.isEmpty()) {
-        auto *window = new PropertyListWindow;
-        window->show();
-    } else if (PropertyListWindow::openFiles(paths).isEmpty()) {
-        return 1; // every file failed, and each has had its dialog
+        // The domain browser is to be the main window; until then, a file is asked for.
+        paths = QFileDialog::getOpenFileNames(nullptr, QApplication::translate("main", "Open"), QString(),
+                                              VXDocumentController::openFilters().join(QStringLiteral(";;")));
+        if (paths.isEmpty())
+            return 0;
     }
-    return QApplication::exec();
+    // For timing the start (bench/startup.sh): quit once the first document's
+    // outline has been painted, so the process's run time is "to a shown tree".
+    if (qEnvironmentVariableIsSet("ORVANE_QUIT_WHEN_SHOWN")) {
+        QObject::connect(&documents, &VXDocumentController::documentOpened, &app, [](VXWindowController *window) {
+            QTimer::singleShot(0, window, [window] {
+                window->outlineView()->viewport()->repaint();
+                QApplication::exit(0);
+            });
+        });
+        QObject::connect(&documents, &VXDocumentController::openFailed, &app, [] { QApplication::exit(1); });
+    }
+    documents.openDocuments(paths);
+    const int status = QApplication::exec();
+    return documents.openedAny() ? status : 1; // every file failed, and each has had its dialog
 }

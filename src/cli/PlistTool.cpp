@@ -17,6 +17,8 @@ const char kUsage[] =
     "       orvane-plist domains\n"
     "       orvane-plist read DOMAIN [KEY]\n"
     "       orvane-plist parse-defaults [FILE] [--whole]\n"
+    "       orvane-plist filter FILE QUERY\n"
+    "       orvane-plist set FILE KEY... [--class CLASS] [--value TEXT]\n"
     "\n"
     "lint     checks that each file is a property list (XML, binary or old-style text)\n"
     "convert  writes the file's value in another format; OUT defaults to FILE itself,\n"
@@ -36,7 +38,13 @@ const char kUsage[] =
     "           N: error: MESSAGE (column C)\n"
     "         blank lines and '#' comment lines are skipped; --whole reads the whole\n"
     "         input as one text, newlines included (one record, error as 'line L, column C');\n"
-    "         exit status 1 only when the input cannot be read\n";
+    "         exit status 1 only when the input cannot be read\n"
+    "filter   prints what a document window shows for the search text QUERY ('#' matches\n"
+    "         case, '!' negates), as description text\n"
+    "set      edits the entry at KEY... (an array element by its 1-based position) as the\n"
+    "         window does: --class String|Integer|Float|Boolean|Date converts it, --value\n"
+    "         TEXT is typed into its value; then saves FILE and prints the entry's class\n"
+    "         and value; exit status 1, with FILE untouched, when that cannot be done\n";
 
 // Writes bytes to a file atomically: the old file stays as it was unless the
 // whole new content reached the disk.
@@ -76,6 +84,10 @@ int PlistTool::run(const QStringList &arguments)
         return readDomain(rest);
     if (command == QLatin1String("parse-defaults"))
         return parseDefaults(rest);
+    if (command == QLatin1String("filter"))
+        return filter(rest);
+    if (command == QLatin1String("set"))
+        return set(rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {
         m_out << kUsage;
         return 0;

@@ -21,7 +21,11 @@ private:
     int parseDefaults(const QStringList &arguments); // in PlistTool_ParseDefaults.cpp
     int domains(const QStringList &arguments);    // in PlistTool_Domains.cpp
     int readDomain(const QStringList &arguments); // in PlistTool_Domains.cpp
+    int filter(const QStringList &arguments);     // in PlistTool_Document.cpp
+    int set(const QStringList &arguments);        // in PlistTool_Document.cpp
     int usage(const QString &problem);
+    // The message on the error stream; answers the exit status 1.
+    int fail(const QString &message);
 
     QTextStream &m_out;
     QTextStream &m_err;

@@ -3,23 +3,12 @@
 
 #include "ParallelSplit.h"
 
-#include <QHash>
 #include <QLoggingCategory>
 
 #include <algorithm>
 #include <vector>
 
 Q_LOGGING_CATEGORY(lcModel, "orvane.model")
-
-namespace {
-
-QHash<const PListNode *, PListNodeObserver *> &observers()
-{
-    static QHash<const PListNode *, PListNodeObserver *> registry;
-    return registry;
-}
-
-} // namespace
 
 // ---- construction -----------------------------------------------------------
 
@@ -212,9 +201,7 @@ bool PListNode::insertChild(const PListNodePtr &child, int index)
     // A child's mark comes into the list with it.
     m_children.insert(index, child, child->filterMark());
     child->setNodeParent(this);
-    if (isArray())
-        refreshArrayItems();
-    changed({NodeRefresh::Count});
+    changed();
     return true;
 }
 
@@ -225,10 +212,8 @@ void PListNode::insertChildren(const QList<PListNodePtr> &children, int index)
         m_children.insert(index++, child, child->filterMark());
         child->setNodeParent(this);
     }
-    if (isArray())
-        refreshArrayItems();
     // Once for the whole batch: the groups above are walked once.
-    changed({NodeRefresh::Count});
+    changed();
 }
 
 void PListNode::removeChild(const PListNodePtr &child)
@@ -241,14 +226,11 @@ void PListNode::removeChild(const PListNodePtr &child)
     if (child->m_parent == this)
         child->setNodeParent(nullptr);
     m_children.removeAt(position);
-    if (isArray())
-        refreshArrayItems();
-    changed({NodeRefresh::Count});
+    changed();
 }
 
 void PListNode::removeFromParent()
 {
-    notify(NodeRefresh::Name);
     if (!m_parent)
         return;
     PListNode *parent = m_parent;
@@ -319,7 +301,7 @@ void PListNode::setName(const QString &name)
     PListNode *node = target();
     node->forgetNameFromValue();
     node->m_name = name;
-    node->changed({NodeRefresh::Name});
+    node->changed();
 }
 
 void PListNode::keepNameFromValue()
@@ -339,7 +321,7 @@ PListNodePtr PListNode::emptyGroup(bool array)
 void PListNode::setSearchReference(PListNode *reference)
 {
     m_searchReference = reference;
-    changed({});
+    changed();
 }
 
 void PListNode::forgetNameFromValue()
@@ -416,30 +398,3 @@ void PListNode::setCanEdit(bool canEdit)
         child->setCanEdit(canEdit);
 }
 
-// ---- refresh notices ------------------------------------------------------------
-
-void PListNode::refreshArrayItems()
-{
-    // Array items are labelled by position, so every label may have moved.
-    for (const PListNodePtr &child : m_children)
-        child->notify(NodeRefresh::Name);
-}
-
-void PListNode::setObserver(const PListNode *root, PListNodeObserver *observer)
-{
-    if (observer)
-        observers().insert(root, observer);
-    else
-        observers().remove(root);
-}
-
-void PListNode::notify(NodeRefresh what) const
-{
-    if (observers().isEmpty())
-        return;
-    const PListNode *root = this;
-    while (root->m_parent)
-        root = root->m_parent;
-    if (PListNodeObserver *observer = observers().value(root))
-        observer->nodeNeedsRefresh(*this, what);
-}

@@ -17,18 +17,6 @@
 class PListNode;
 using PListNodePtr = std::shared_ptr<PListNode>;
 
-// What a view must redraw after a change to a node. These are the points where
-// the cached renditions of the original were dropped; here they tell whoever
-// observes the tree.
-enum class NodeRefresh { Name, Value, Class, Count };
-
-// Observes every change to the nodes of one tree (registered for its root).
-class PListNodeObserver {
-public:
-    virtual ~PListNodeObserver() = default;
-    virtual void nodeNeedsRefresh(const PListNode &node, NodeRefresh what) = 0;
-};
-
 // How a rendition is drawn: which colour role and font the view should use.
 enum class Rendition { Normal, Selected, BackgroundSelected };
 
@@ -116,7 +104,7 @@ public:
     void setIsLeaf(bool leaf)
     {
         m_isLeaf = leaf;
-        changed({});
+        changed();
     }
     bool isGroup() const { return !m_isLeaf; }
     bool isArray() const { return !m_isLeaf && m_objectValue.isArray(); }
@@ -164,9 +152,25 @@ public:
     QString returnArrayDefaults(bool *canExpress) const;
     QString returnDictDefaults(bool *canExpress) const;
 
-    // ---- observers ----
-    // Changes anywhere below root are reported to observer (nullptr to stop).
-    static void setObserver(const PListNode *root, PListNodeObserver *observer);
+    // ---- content snapshots (for undo) ----
+    // What an edit of a name, a value or a class may change, hidden state
+    // included (an array element's name kept as its value, the boolean flag,
+    // a tag stored by a refused class change, an unsigned width), so that undo
+    // and redo put back exactly what was there.
+    class Content {
+        friend class PListNode;
+        QString name;
+        PropertyList value;
+        qint8 menuValue = NoClass;
+        bool nameIsDescription = false;
+        bool valueIsBool = false;
+        bool describesValue = false;
+    };
+    // Of the node a search copy stands for, as the edits are.
+    Content content() const;
+    // Exchanges the node's content with content, which then holds what was there.
+    void swapContent(Content &content);
+
     static PListNodePtr make() { return std::make_shared<PListNode>(Private()); }
 
     PListNode(const PListNode &) = delete;
@@ -187,14 +191,12 @@ private:
     // passes that group's editability down to it.
     void setNodeParent(PListNode *parent);
     PListNodePtr copyWith(bool canEdit) const;
-    void notify(NodeRefresh what) const;
     // Makes count children at once, make(i) for each, while the tree is built.
     void fillWhileBuilding(qsizetype count, const std::function<const PropertyList &(qsizetype)> &valueAt,
                            const std::function<PListNodePtr(qsizetype)> &make);
     // An empty dictionary or array node: the part both group constructors share.
     static PListNodePtr makeGroup(const QString &name, const PropertyList &marker, int tag);
     static PListNodePtr elementFor(const PropertyList &value);
-    void refreshArrayItems();
     PropertyList initialValueInHalves() const;
     PListNode *target() { return m_searchReference ? m_searchReference : this; }
     const PListNode *target() const { return m_searchReference ? m_searchReference : this; }
@@ -215,13 +217,13 @@ private:
 
     // ---- what the filter knows of each node (PListNode_Marks.cpp) ----
     // Every change to a node's texts, class or children ends here: its
-    // signature is made again, its mark in its parent's list follows, the
-    // groups above take in what it adds, and then the observer is told each
-    // of notices in order. A child's mark enters a list along with the child;
+    // signature is made again, its mark in its parent's list follows, and the
+    // groups above take in what it adds. Telling views is the document's
+    // business, through its own operations. A child's mark enters a list along with the child;
     // after that, only building (a tree, a copy, a decoded archive, a filtered
     // copy), fixupNames and the recursive sort bypass this, where a change per
     // node would cost a walk up per node; each says so where it does.
-    void changed(std::initializer_list<NodeRefresh> notices);
+    void changed();
     // After fixupNames has renamed every child at once: their marks in this
     // list made again, one pass instead of one search per child.
     void remakeChildMarks();

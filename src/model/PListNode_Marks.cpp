@@ -6,7 +6,7 @@
 
 namespace TextSignature = VXAdditions::TextSignature;
 
-void PListNode::changed(std::initializer_list<NodeRefresh> notices)
+void PListNode::changed()
 {
     refreshOwnSignature();
     if (m_parent) {
@@ -14,8 +14,6 @@ void PListNode::changed(std::initializer_list<NodeRefresh> notices)
         m_parent->m_children.setMarkOf(this, mark);
         m_parent->takeInChildMark(mark);
     }
-    for (const NodeRefresh what : notices)
-        notify(what);
 }
 
 void PListNode::remakeChildMarks()

@@ -34,7 +34,7 @@ int PListNode::compare(const PListNode &other) const
 void PListNode::sortChildren()
 {
     if (PListNodeSorter::sort(*this))
-        changed({});
+        changed();
 }
 
 void PListNode::recursiveSortChildren()
@@ -76,10 +76,9 @@ void PListNode::fixupNames()
         child.forgetNameFromValue();
         child.m_name = ValueClasses::itemLabel(i + 1);
         child.refreshOwnSignature();
-        child.notify(NodeRefresh::Name);
     }
     remakeChildMarks();
-    changed({});
+    changed();
 }
 
 // ---- ancestry -----------------------------------------------------------------

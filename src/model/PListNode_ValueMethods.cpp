@@ -10,6 +10,7 @@
 #include <limits>
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -179,7 +180,7 @@ void PListNode::setValue(const PropertyList &newValue)
     m_objectValue = *stored;
     m_valueIsBool = m_menuValue == BooleanClass;
     m_describesValue = true;
-    changed({NodeRefresh::Value, NodeRefresh::Class});
+    changed();
 }
 
 bool PListNode::setMenu(int tag)
@@ -217,7 +218,7 @@ bool PListNode::setMenu(int tag)
         break;
     }
     if (!converted) {
-        changed({NodeRefresh::Class});
+        changed();
         return false;
     }
 
@@ -228,8 +229,42 @@ bool PListNode::setMenu(int tag)
     if (m_menuValue == BooleanClass)
         m_valueIsBool = true;
     m_describesValue = true;
-    changed({NodeRefresh::Value, NodeRefresh::Class});
+    changed();
     return true;
+}
+
+// ---- content snapshots -----------------------------------------------------------
+
+PListNode::Content PListNode::content() const
+{
+    const PListNode *node = target();
+    Content content;
+    content.name = node->m_name;
+    content.value = node->m_objectValue;
+    content.menuValue = node->m_menuValue;
+    content.nameIsDescription = node->m_nameIsDescription;
+    content.valueIsBool = node->m_valueIsBool;
+    content.describesValue = node->m_describesValue;
+    return content;
+}
+
+void PListNode::swapContent(Content &content)
+{
+    PListNode *node = target();
+    std::swap(node->m_name, content.name);
+    std::swap(node->m_objectValue, content.value);
+    std::swap(node->m_menuValue, content.menuValue);
+    // Bit-fields cannot be swapped by reference.
+    const bool nameIsDescription = node->m_nameIsDescription;
+    const bool valueIsBool = node->m_valueIsBool;
+    const bool describesValue = node->m_describesValue;
+    node->m_nameIsDescription = content.nameIsDescription;
+    node->m_valueIsBool = content.valueIsBool;
+    node->m_describesValue = content.describesValue;
+    content.nameIsDescription = nameIsDescription;
+    content.valueIsBool = valueIsBool;
+    content.describesValue = describesValue;
+    node->changed();
 }
 
 // ---- renditions --------------------------------------------------------------------

@@ -2,7 +2,7 @@
 #include "DomainSandbox.h"
 #include "TestRegistry.h"
 
-#include "PlistTool.h"
+#include "InProcessTool.h"
 
 #include <QTest>
 
@@ -10,22 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Run {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-Run runTool(const QStringList &arguments)
-{
-    Run run;
-    QTextStream out(&run.out);
-    QTextStream err(&run.err);
-    run.status = PlistTool(out, err).run(arguments);
-    out.flush();
-    err.flush();
-    return run;
-}
 
 const PropertyDictionary kContent{{u"Greeting"_s, PropertyList(u"Hello there"_s)},
                                   {u"Count"_s, PropertyList::integer(3)}};
@@ -45,7 +29,7 @@ void PlistToolDomainsTest::domainsListsTheBrowserRows()
     DomainSandbox sandbox;
     sandbox.write(sandbox.machineFolder() + u"/com.m.plist"_s, "<plist><dict/></plist>");
     sandbox.writeDictionary(sandbox.userFolder() + u"/ByHost/com.h.ID.plist"_s, {{u"k"_s, PropertyList::integer(1)}});
-    const Run run = runTool({u"domains"_s});
+    const ToolRun run = runToolInProcess({u"domains"_s});
     QCOMPARE(run.status, 0);
     const QString u = sandbox.userFolder();
     const QString m = sandbox.machineFolder();
@@ -82,7 +66,7 @@ void PlistToolDomainsTest::read()
     // shared store, which remembers what it read.
     for (const QString &name : {u"com.example.whole"_s, u"com.example.nokey"_s, u".GlobalPreferences"_s})
         sandbox.writeDictionary(sandbox.userFolder() + u'/' + name + u".plist"_s, kContent);
-    const Run run = runTool(arguments);
+    const ToolRun run = runToolInProcess(arguments);
     QCOMPARE(run.status, status);
     QCOMPARE(run.out, out);
     QVERIFY2(run.err.contains(err), qPrintable(run.err));

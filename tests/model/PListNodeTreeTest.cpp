@@ -56,16 +56,6 @@ bool sortedAndLinked(const PListNode &node)
     return true;
 }
 
-class Recorder : public PListNodeObserver {
-public:
-    QList<const PListNode *> renamed;
-    void nodeNeedsRefresh(const PListNode &node, NodeRefresh what) override
-    {
-        if (what == NodeRefresh::Name)
-            renamed << &node;
-    }
-};
-
 } // namespace
 
 class PListNodeTreeTest : public QObject {
@@ -295,21 +285,6 @@ private slots:
         QCOMPARE(kept->firstChild()->nodeParent(), kept.get());
         kept->firstChild()->setValue(integer(2));
         QCOMPARE(TreePicture::of(*kept), u"{k = 2;}"_s);
-    }
-
-    // Copying tells the observer of the source's tree nothing, and leaves the
-    // source's array items refreshed on later insertions.
-    void copyOfArrayIsQuiet()
-    {
-        const PListNodePtr root = PListNode::treeFromDictionary({{u"list"_s, PropertyArray{integer(1), integer(2)}}});
-        const PListNodePtr list = root->firstChild();
-        Recorder recorder;
-        PListNode::setObserver(root.get(), &recorder);
-        const PListNodePtr copy = list->copy();
-        QVERIFY(recorder.renamed.isEmpty());
-        list->insertChild(PListNode::initWithName(u"x"_s, integer(3)), 0);
-        PListNode::setObserver(root.get(), nullptr);
-        QVERIFY(recorder.renamed.contains(list->lastChild().get()));
     }
 
     // A copy of a filtered entry answers what the real entry answered, with no

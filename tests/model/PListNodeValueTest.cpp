@@ -34,17 +34,6 @@ Leaf leafWith(const PropertyList &value)
     return leaf;
 }
 
-// Records every refresh notice as "name:what".
-class Recorder : public PListNodeObserver {
-public:
-    QStringList seen;
-    void nodeNeedsRefresh(const PListNode &node, NodeRefresh what) override
-    {
-        static const char *const names[] = {"Name", "Value", "Class", "Count"};
-        seen << node.name() + u':' + QLatin1String(names[static_cast<int>(what)]);
-    }
-};
-
 } // namespace
 
 using StyleColour = RenditionStyle::Colour;
@@ -232,30 +221,6 @@ private slots:
         QVERIFY(result.fontName == u"Menlo"_s && result.fontSize == 13.0);
     }
 
-    void refreshNotices()
-    {
-        const PListNodePtr root = PListNode::treeFromDictionary({{u"num"_s, PropertyList::integer(1)},
-                                                                 {u"when"_s, PropertyList::date(0)},
-                                                                 {u"list"_s, PropertyArray{str(u"a"_s)}}});
-        const PListNodePtr num = root->childWithName(u"num"_s);
-        const PListNodePtr copy = PListNode::initWithName(u"num"_s, PropertyList::integer(1));
-        copy->setSearchReference(num.get());
-        Recorder recorder;
-        PListNode::setObserver(root.get(), &recorder);
-        const auto unobserve = qScopeGuard([&root] { PListNode::setObserver(root.get(), nullptr); });
-        const auto after = [&recorder](const auto &edit) {
-            recorder.seen.clear();
-            edit();
-            return recorder.seen;
-        };
-        const QStringList numChanged{u"num:Value"_s, u"num:Class"_s};
-        QCOMPARE(after([&] { num->setValue(str(u"7"_s)); }), numChanged);
-        QCOMPARE(after([&] { copy->setValue(str(u"8"_s)); }), numChanged); // the real node reports
-        QCOMPARE(after([&] { root->childWithName(u"list"_s)->firstChild()->setValue(str(u"9"_s)); }),
-                 (QStringList{u"9:Name"_s, u"9:Value"_s, u"9:Class"_s})); // an array element is renamed
-        QCOMPARE(after([&] { root->childWithName(u"when"_s)->setValue(str(u"later"_s)); }), QStringList());
-        QCOMPARE(after([&] { num->setMenu(DataClass); }), QStringList{u"num:Class"_s}); // refused, still retagged
-    }
 };
 
 ORVANE_TEST(PListNodeValueTest)

@@ -1,0 +1,267 @@
+// The document's state, its selection and the enabling of its commands.
+#include "plistDocument.h"
+
+#include "document/DocumentStrings.h"
+#include "document/OutlineModel.h"
+#include "domains/SettingsKeys.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+
+#include <algorithm>
+#include <numeric>
+
+plistDocument::plistDocument(const Services &services, QObject *parent)
+    : QObject(parent)
+    , m_services(services)
+    , m_treeData(PListNode::treeFromDictionary(PropertyDictionary()))
+    , m_cachedTreeData(m_treeData)
+    , m_model(new OutlineModel(this))
+    , m_selection(new QItemSelectionModel(m_model, this))
+{
+    m_model->resetRoot(m_treeData);
+    m_model->setEditHandler([this](PListNode *node, int column, const QVariant &value) {
+        setObjectValue(node, column, value);
+        return true;
+    });
+    connect(&m_undoManager, &UndoManager::cleanChanged, this, [this](bool clean) { emit editedChanged(!clean); });
+    readWarnSetting();
+    readRenditionSettings();
+    using namespace SettingsNotifications;
+    m_services.center.addObserver(this, VXDocumentWarningChangedNotification, [this](const Notification &) {
+        readWarnSetting();
+    });
+    for (const QString &name :
+         {VXUseCustomColorsChangedNotification, VXColorsChangedNotification, VXTextFontChangedNotification}) {
+        m_services.center.addObserver(this, name, [this](const Notification &) { readRenditionSettings(); });
+    }
+}
+
+plistDocument::~plistDocument()
+{
+    // The undo records hold nodes of the trees; the model shows them.
+    m_undoManager.removeAllActions();
+    m_selection->clear();
+}
+
+void plistDocument::readWarnSetting()
+{
+    m_warn = m_services.store.defaults.boolForKey(SettingsKeys::VXWarnOnDocumentDelete);
+}
+
+void plistDocument::readRenditionSettings()
+{
+    const UserDefaults &defaults = m_services.store.defaults;
+    RenditionSettings settings;
+    settings.fontName = defaults.stringForKey(SettingsKeys::VXTextFont);
+    settings.fontSize = defaults.doubleForKey(SettingsKeys::VXTextFontSize);
+    settings.useCustomColors = defaults.boolForKey(SettingsKeys::VXUseCustomColors);
+    settings.textColor = defaults.stringForKey(SettingsKeys::VXTextColor);
+    settings.disabledColor = defaults.stringForKey(SettingsKeys::VXDisabledColor);
+    m_model->setRenditionSettings(settings);
+}
+
+void plistDocument::beep() const
+{
+    if (m_screen)
+        m_screen->beep();
+}
+
+PListNodePtr plistDocument::sharedNode(const PListNode *node) const
+{
+    if (!node)
+        return nullptr;
+    if (node == m_treeData.get())
+        return m_treeData;
+    if (node == m_cachedTreeData.get())
+        return m_cachedTreeData;
+    const PListNode *parent = node->nodeParent();
+    return parent ? parent->childAtIndex(parent->indexOfChildIdenticalTo(node)) : nullptr;
+}
+
+// ---- selection --------------------------------------------------------------------
+
+namespace {
+
+// The rows from the top level down to an index, for ordering indexes as the outline shows them.
+QList<int> pathOf(QModelIndex index)
+{
+    QList<int> path;
+    for (; index.isValid(); index = index.parent())
+        path.prepend(index.row());
+    return path;
+}
+
+} // namespace
+
+QList<PListNodePtr> plistDocument::selectedNodes() const
+{
+    QModelIndexList rows = m_selection->selectedRows(OutlineModel::KeyColumn);
+    QList<QList<int>> paths;
+    paths.reserve(rows.size());
+    for (const QModelIndex &row : rows)
+        paths.append(pathOf(row));
+    QList<qsizetype> order(rows.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [&paths](qsizetype a, qsizetype b) { return paths[a] < paths[b]; });
+    QList<PListNodePtr> nodes;
+    nodes.reserve(rows.size());
+    for (const qsizetype i : order) {
+        if (PListNodePtr node = sharedNode(m_model->nodeAt(rows[i])))
+            nodes.append(std::move(node));
+    }
+    return nodes;
+}
+
+PListNode *plistDocument::selectedNode() const
+{
+    const QList<PListNodePtr> nodes = selectedNodes();
+    return nodes.isEmpty() ? nullptr : nodes.first().get();
+}
+
+QList<PListNodePtr> plistDocument::searchedItems() const
+{
+    QList<PListNodePtr> items;
+    for (const PListNodePtr &node : selectedNodes()) {
+        if (PListNodePtr real = sharedNode(node->searchReference()))
+            items.append(std::move(real));
+    }
+    return items;
+}
+
+void plistDocument::selectNodes(const QList<PListNodePtr> &nodes, bool extending)
+{
+    QItemSelection selection;
+    for (const PListNodePtr &node : nodes) {
+        const QModelIndex index = m_model->indexOf(node.get());
+        if (index.isValid())
+            selection.select(index, index);
+    }
+    const auto flags = QItemSelectionModel::Rows
+        | (extending ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect);
+    m_selection->select(selection, flags);
+    if (!selection.isEmpty())
+        m_selection->setCurrentIndex(selection.first().topLeft(), QItemSelectionModel::NoUpdate);
+}
+
+void plistDocument::deselectAll() { m_selection->clearSelection(); }
+
+void plistDocument::selectRow(int row)
+{
+    PListNode *node = nodeAtRow(row);
+    if (!node) {
+        deselectAll();
+        return;
+    }
+    const QModelIndex index = m_model->indexOf(node);
+    m_selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+// ---- rows -------------------------------------------------------------------------------
+
+bool plistDocument::isExpanded(const PListNode *node) const
+{
+    return node == m_treeData.get() || (m_screen && m_screen->isItemExpanded(node));
+}
+
+int plistDocument::visibleSize(const PListNode *node) const
+{
+    int size = 1;
+    if (isExpanded(node)) {
+        for (const PListNodePtr &child : node->children())
+            size += visibleSize(child.get());
+    }
+    return size;
+}
+
+int plistDocument::rowForNode(const PListNode *node) const
+{
+    if (!node || node == m_treeData.get() || !m_model->holds(node))
+        return -1;
+    QList<const PListNode *> chain;
+    for (const PListNode *at = node; at != m_treeData.get(); at = at->nodeParent())
+        chain.prepend(at);
+    int row = 0;
+    for (const PListNode *at : chain) {
+        const PListNode *parent = at->nodeParent();
+        if (!isExpanded(parent))
+            return -1;
+        const int index = parent->indexOfChildIdenticalTo(at);
+        for (int i = 0; i < index; ++i)
+            row += visibleSize(parent->children().at(i).get());
+        if (at != node)
+            ++row; // the ancestor's own line
+    }
+    return row;
+}
+
+PListNode *plistDocument::nodeAtRow(int row) const
+{
+    if (row < 0)
+        return nullptr;
+    const PListNode *parent = m_treeData.get();
+    int remaining = row;
+    for (qsizetype i = 0; i < parent->numberOfChildren();) {
+        PListNode *child = parent->children().at(i).get();
+        if (remaining == 0)
+            return child;
+        const int size = visibleSize(child);
+        if (remaining < size) {
+            // The row lies inside this child's open subtree.
+            --remaining;
+            parent = child;
+            i = 0;
+            continue;
+        }
+        remaining -= size;
+        ++i;
+    }
+    return nullptr;
+}
+
+// ---- enabling ---------------------------------------------------------------------------
+
+bool plistDocument::validateCommand(Command command) const
+{
+    const bool keyWindow = !m_screen || m_screen->isKeyWindow();
+    const bool anySelected = m_selection->hasSelection();
+    switch (command) {
+    case Command::Sort:
+    case Command::AddArray:
+    case Command::AddGroup:
+    case Command::AddLeaf:
+    case Command::Reload:
+        return m_canEditPlist && keyWindow;
+    case Command::Save:
+    case Command::Revert:
+        return m_canEditPlist && isDocumentEdited();
+    case Command::Cut:
+        return m_canEditPlist && anySelected;
+    case Command::Copy:
+        return anySelected;
+    case Command::Delete:
+        return m_canEditPlist && anySelected && keyWindow;
+    case Command::Paste:
+    case Command::Other:
+        break;
+    }
+    return false;
+}
+
+bool plistDocument::validateToolbarItem(ToolbarItem item) const
+{
+    const bool keyWindow = !m_screen || m_screen->isKeyWindow();
+    const bool active = !m_screen || m_screen->isApplicationActive();
+    switch (item) {
+    case ToolbarItem::DeleteItem:
+        return m_canEditPlist && m_selection->hasSelection() && active && keyWindow;
+    case ToolbarItem::Reload:
+        return m_canEditPlist && active && keyWindow;
+    case ToolbarItem::Print:
+        return keyWindow;
+    case ToolbarItem::GetInfo:
+        return active;
+    case ToolbarItem::Other:
+        break;
+    }
+    return false;
+}

@@ -1,0 +1,191 @@
+#include "PrefOV.h"
+
+#include "OutlineItemDelegate.h"
+#include "document/OutlineModel.h"
+#include "document/plistDocument.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+namespace {
+
+// The key as the document reads it: the first character, where Backspace and
+// Delete are both the delete character, Return 0x0D and the keypad's Enter 0x03.
+plistDocument::KeyPress keyPressOf(const QKeyEvent &event)
+{
+    plistDocument::KeyPress key;
+    key.shift = event.modifiers().testFlag(Qt::ShiftModifier);
+    key.repeat = event.isAutoRepeat();
+    switch (event.key()) {
+    case Qt::Key_Backspace:
+    case Qt::Key_Delete:
+        key.character = 0x7f;
+        break;
+    case Qt::Key_Return:
+        key.character = 0x0d;
+        break;
+    case Qt::Key_Enter:
+        key.character = 0x03;
+        break;
+    default:
+        key.character = event.text().isEmpty() ? 0 : event.text().at(0).unicode();
+        break;
+    }
+    return key;
+}
+
+bool isDeleteKey(const QKeyEvent &event)
+{
+    const auto modifiers = event.modifiers() & ~(Qt::KeypadModifier | Qt::ShiftModifier);
+    return modifiers == Qt::NoModifier && (event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace);
+}
+
+// The selection behind rows the keyboard is not in: the palette's inactive
+// highlight, or, where the style makes that as strong as the active one, a
+// pale shade of it, on which standard text stays readable.
+QColor backgroundHighlight(const QPalette &palette)
+{
+    const QColor inactive = palette.color(QPalette::Inactive, QPalette::Highlight);
+    if (inactive != palette.color(QPalette::Active, QPalette::Highlight))
+        return inactive;
+    const QColor base = palette.color(QPalette::Active, QPalette::Base);
+    constexpr float kShare = 0.3f;
+    const auto mix = [](float a, float b) { return a * kShare + b * (1 - kShare); };
+    return QColor::fromRgbF(mix(inactive.redF(), base.redF()), mix(inactive.greenF(), base.greenF()),
+                            mix(inactive.blueF(), base.blueF()));
+}
+
+} // namespace
+
+PrefOV::PrefOV(QWidget *parent) : QTreeView(parent)
+{
+    // Every row has the same height, which keeps a tree of millions of rows fast to scroll.
+    setUniformRowHeights(true);
+    setAlternatingRowColors(true);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
+    setAllColumnsShowFocus(true);
+    header()->setStretchLastSection(true);
+}
+
+void PrefOV::setDocument(plistDocument *document)
+{
+    m_document = document;
+    setModel(document ? document->outlineModel() : nullptr);
+    if (document)
+        setSelectionModel(document->selectionModel());
+}
+
+PListNode *PrefOV::nodeAt(const QModelIndex &index) const
+{
+    return index.isValid() && m_document ? m_document->outlineModel()->nodeAt(index) : nullptr;
+}
+
+QModelIndex PrefOV::indexOf(const PListNode *node, int column) const
+{
+    return m_document ? m_document->outlineModel()->indexOf(node, column) : QModelIndex();
+}
+
+bool PrefOV::event(QEvent *event)
+{
+    // The delete keys belong to the outline while it has the keyboard, not to
+    // the Edit menu's shortcut, so that the document sees both of them alike.
+    if (event->type() == QEvent::ShortcutOverride && isDeleteKey(*static_cast<QKeyEvent *>(event))) {
+        event->accept();
+        return true;
+    }
+    return QTreeView::event(event);
+}
+
+void PrefOV::drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    if (isKeyOutline())
+        return QTreeView::drawRow(painter, option, index);
+    QStyleOptionViewItem background = option;
+    background.palette.setColor(QPalette::Highlight, backgroundHighlight(option.palette));
+    QTreeView::drawRow(painter, background, index);
+}
+
+void PrefOV::keyPressEvent(QKeyEvent *event)
+{
+    if (state() != EditingState && event->key() == Qt::Key_Down &&
+        (event->modifiers() & ~Qt::KeypadModifier) == Qt::AltModifier) {
+        openClassPopUp();
+        event->accept();
+        return;
+    }
+    if (m_document && state() != EditingState && !m_document->shouldHandleKeyDown(keyPressOf(*event))) {
+        event->accept();
+        return;
+    }
+    QTreeView::keyPressEvent(event);
+}
+
+void PrefOV::mousePressEvent(QMouseEvent *event)
+{
+    QTreeView::mousePressEvent(event);
+    if (!m_document || event->button() != Qt::LeftButton)
+        return;
+    const QModelIndex index = indexAt(event->position().toPoint());
+    // One click flips a boolean; the document refuses, with a beep, when it may not.
+    if (index.column() == OutlineModel::ValueColumn && index.data(OutlineModel::ValueIsBoolRole).toBool())
+        m_document->shouldEditColumn(nodeAt(index), index.column());
+}
+
+bool PrefOV::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
+{
+    // An editor the user asks for opens only when the document agrees; one the
+    // document asks for (AllEditTriggers, from edit(index)) has been agreed to.
+    const bool userAsks = trigger != AllEditTriggers && (trigger & editTriggers());
+    if (userAsks && m_document && index.isValid() && state() != EditingState) {
+        const bool booleanValue =
+            index.column() == OutlineModel::ValueColumn && index.data(OutlineModel::ValueIsBoolRole).toBool();
+        // The press of a double click has flipped the boolean already.
+        if (booleanValue && trigger == DoubleClicked)
+            return false;
+        if (!m_document->shouldEditColumn(nodeAt(index), index.column()))
+            return false;
+    }
+    return QTreeView::edit(index, trigger, event);
+}
+
+void PrefOV::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    const bool onward = hint == QAbstractItemDelegate::EditNextItem || hint == QAbstractItemDelegate::EditPreviousItem;
+    const QModelIndex edited = onward ? OutlineItemDelegate::indexOfEditor(editor) : QModelIndex();
+    QTreeView::closeEditor(editor, onward ? QAbstractItemDelegate::NoHint : hint);
+    if (!edited.isValid())
+        return;
+    const QModelIndex next = nextEditableCell(edited, hint == QAbstractItemDelegate::EditNextItem ? 1 : -1);
+    if (next.isValid()) {
+        setCurrentIndex(next);
+        edit(next);
+    }
+}
+
+QModelIndex PrefOV::nextEditableCell(const QModelIndex &from, int step) const
+{
+    for (int column = from.column() + step; column >= 0 && column < OutlineModel::ColumnCount; column += step) {
+        const QModelIndex cell = from.siblingAtColumn(column);
+        const PListNode *node = nodeAt(cell);
+        if (!node)
+            return {};
+        if (column == OutlineModel::KeyColumn && cell.data(OutlineModel::ArrayElementRole).toBool())
+            continue;
+        if (column == OutlineModel::ValueColumn && (node->valueIsBool() || !node->canEditValue()))
+            continue;
+        return cell;
+    }
+    return {};
+}
+
+void PrefOV::openClassPopUp()
+{
+    const QModelIndex cell = currentIndex().siblingAtColumn(OutlineModel::ClassColumn);
+    if (!m_document || !cell.isValid() || !m_document->shouldEditColumn(nodeAt(cell), cell.column()))
+        return;
+    setCurrentIndex(cell);
+    edit(cell);
+}

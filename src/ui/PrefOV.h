@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QTreeView>
+
+class plistDocument;
+class PListNode;
+
+// The document's outline: a tree view over the document's outline model that
+// leaves the decisions to the document. Keys go to the document first and
+// reach the view only when the document passes them on; an edit started by
+// the user opens only when the document agrees; a click on a boolean's value
+// flips it. Tab and Shift+Tab in an editor go on to the row's next or
+// previous cell (Key, Class, Value), and Alt+Down opens the class pop-up,
+// so that a class changes from the keyboard as well.
+class PrefOV : public QTreeView {
+    Q_OBJECT
+public:
+    explicit PrefOV(QWidget *parent = nullptr);
+    using QTreeView::edit;
+
+    void setDocument(plistDocument *document);
+    plistDocument *document() const { return m_document; }
+    // The node a row shows, nullptr for an invalid index.
+    PListNode *nodeAt(const QModelIndex &index) const;
+    QModelIndex indexOf(const PListNode *node, int column = 0) const;
+    // A cell editor is open.
+    bool isEditing() const { return state() == EditingState; }
+    // Whether selected rows are drawn as the keyboard's: focused, in the active window.
+    bool isKeyOutline() const { return hasFocus() && isActiveWindow(); }
+
+protected:
+    bool event(QEvent *event) override;
+    void drawRow(QPainter *painter, const QStyleOptionViewItem &option,
+                 const QModelIndex &index) const override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
+    void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
+
+private:
+    // The next cell of the row, in the direction given, whose editor may open
+    // without a side effect: a boolean's value flips rather than edits, an
+    // array element has no key to edit.
+    QModelIndex nextEditableCell(const QModelIndex &from, int step) const;
+    void openClassPopUp();
+
+    plistDocument *m_document = nullptr;
+};

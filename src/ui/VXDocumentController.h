@@ -1,0 +1,72 @@
+#pragma once
+
+#include "document/plistDocument.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+
+class QEventLoopLocker;
+class VXWindowController;
+
+// Opens documents and keeps the list of those open. A path is opened once:
+// asking again brings its window forward. This is the one place that decides
+// where a document is shown (a window of its own for now).
+//
+// A document is read in two steps: what the preferences service holds, on
+// this thread, then the file parsed and built into a tree on the global
+// thread pool, handed back here when done. The window is made at once but
+// shown only when the read is done, or with a busy page once it takes longer
+// than kBusyDelayMs. Closing that window drops the read; its result is freed
+// where it was made when it is not on its way here yet.
+class VXDocumentController : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int kBusyDelayMs = 300;
+
+    explicit VXDocumentController(const plistDocument::Services &services, QObject *parent = nullptr);
+    ~VXDocumentController() override;
+
+    // The window of the document at path, made and reading if it was not open.
+    VXWindowController *openDocument(const QString &path);
+    void openDocuments(const QStringList &paths);
+    // The Open dialog, over parent's window when there is one.
+    void runOpenPanel(QWidget *parent);
+    // The kinds of file the Open dialogs offer.
+    static QStringList openFilters();
+
+    QList<plistDocument *> documents() const;
+    VXWindowController *windowForDocument(const plistDocument *document) const;
+    // Whether any document has been shown since the start.
+    bool openedAny() const { return m_openedAny; }
+
+    // Asks about each edited document in turn; quits the application unless
+    // the user cancels one of the questions.
+    void quit();
+
+signals:
+    void documentOpened(VXWindowController *window);
+    void openFailed(const QString &path, const QString &reason);
+
+private:
+    struct Load;
+    struct Entry {
+        plistDocument *document;
+        VXWindowController *window;
+        QString path;
+        std::shared_ptr<Load> load; // while reading
+        std::shared_ptr<QEventLoopLocker> keepRunning; // the application waits for the read
+    };
+
+    void startLoad(Entry &entry);
+    void loadFinished(const std::shared_ptr<Load> &load, ReadResult<DocumentContent> &result);
+    void windowDestroyed(QObject *window);
+    void askToQuit(QList<QPointer<VXWindowController>> edited);
+    Entry *entryForPath(const QString &path);
+    Entry *entryForLoad(const Load *load);
+
+    plistDocument::Services m_services;
+    QList<Entry> m_entries;
+    bool m_openedAny = false;
+};

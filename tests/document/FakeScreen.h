@@ -1,0 +1,46 @@
+#pragma once
+
+#include "document/DocumentScreen.h"
+
+#include <QList>
+#include <QSet>
+
+#include <optional>
+
+// The window as document tests see it: it remembers what it was asked to do,
+// and answers the delete confirmation at once when told how.
+class FakeScreen : public DocumentScreen {
+public:
+    struct Edit {
+        const PListNode *node;
+        int column;
+    };
+
+    void expandItem(const PListNode *node) override { expanded.insert(node); }
+    bool isItemExpanded(const PListNode *node) const override { return expanded.contains(node); }
+    void scrollToItem(const PListNode *node) override { scrolledTo = node; }
+    void editColumn(const PListNode *node, int column) override { edits.append({node, column}); }
+    void confirmDelete(const QString &text, std::function<void(int)> done) override
+    {
+        question = text;
+        if (answer)
+            done(*answer);
+    }
+    void showBadPermissions() override { ++permissionSheets; }
+    void beep() override { ++beeps; }
+    bool isKeyWindow() const override { return keyWindow; }
+    bool isApplicationActive() const override { return active; }
+    bool isShowingDocument() const override { return true; }
+    void focusOutlineLater() override { ++focusRequests; }
+
+    QSet<const PListNode *> expanded;
+    const PListNode *scrolledTo = nullptr;
+    QList<Edit> edits;
+    QString question;
+    std::optional<int> answer;
+    int permissionSheets = 0;
+    int beeps = 0;
+    int focusRequests = 0;
+    bool keyWindow = true;
+    bool active = true;
+};
