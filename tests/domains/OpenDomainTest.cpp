@@ -36,6 +36,8 @@ public:
                                     u"ByHost/h.plist"_s})
             sandbox.write(sandbox.userFolder() + u'/' + name, u"bytes of "_s.toUtf8() + name.toUtf8() + '\0');
         QFile::setPermissions(path(u"b.plist"_s), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        sandbox.write(path(u"ro.plist"_s), "r");
+        QFile::setPermissions(path(u"ro.plist"_s), QFileDevice::ReadOwner);
         defaults.setBool(false, SettingsKeys::VXWarnOnDomainDelete);
         app = std::make_unique<openDomain>(openDomain::Services{defaults, center});
         app->setScreen(&screen);
@@ -127,6 +129,8 @@ void OpenDomainTest::deleteAndUndo_data()
                                     << u"b.plist"_s;
     QTest::newRow("global domain refused") << QStringList{u".GlobalPreferences.plist"_s} << false << 0
                                            << QStringList() << QString() << 1 << u".GlobalPreferences.plist"_s;
+    QTest::newRow("read-only file refused") << QStringList{u"ro.plist"_s} << false << 0 << QStringList()
+                                            << QString() << 1 << u"ro.plist"_s;
     QTest::newRow("folder refused") << QStringList{u"ByHost"_s} << false << 0 << QStringList() << QString() << 1
                                     << u"ByHost"_s;
     QTest::newRow("several, confirmed") << QStringList{u"a.plist"_s, u"c.plist"_s} << true << yes
@@ -146,6 +150,8 @@ void OpenDomainTest::deleteAndUndo()
     QFETCH(int, beeps);
     QFETCH(QString, selectedAfter);
 
+    if (chosen == QStringList{u"ro.plist"_s} && geteuid() == 0)
+        QSKIP("root may write any file");
     Browser browser;
     openDomain &app = *browser.app;
     browser.defaults.setBool(warn, SettingsKeys::VXWarnOnDomainDelete);
