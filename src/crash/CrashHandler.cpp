@@ -58,7 +58,8 @@ void putNumber(int fd, long long value, int width)
     int at = static_cast<int>(sizeof digits) - 1;
     digits[at] = '\0';
     const bool negative = value < 0;
-    unsigned long long rest = negative ? 0ULL - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value);
+    const auto magnitude = static_cast<unsigned long long>(value);
+    unsigned long long rest = negative ? 0ULL - magnitude : magnitude;
     do {
         digits[--at] = static_cast<char>('0' + rest % 10);
         rest /= 10;
@@ -73,8 +74,9 @@ void putNumber(int fd, long long value, int width)
 void putDate(int fd)
 {
     const long long now = static_cast<long long>(::time(nullptr));
-    const long long days = now >= 0 ? now / DateMath::kSecondsPerDay : (now - DateMath::kSecondsPerDay + 1) / DateMath::kSecondsPerDay;
-    const long long seconds = now - days * DateMath::kSecondsPerDay;
+    constexpr long long kDay = DateMath::kSecondsPerDay;
+    const long long days = now >= 0 ? now / kDay : (now - kDay + 1) / kDay;
+    const long long seconds = now - days * kDay;
     const DateMath::CivilDate date = DateMath::civilFromDays(days);
     putNumber(fd, date.year, 4);
     put(fd, "-");
@@ -145,7 +147,8 @@ namespace CrashHandler {
 bool install(const QString &logPath, const QString &version)
 {
     const QByteArray path = QFile::encodeName(logPath);
-    if (static_cast<std::size_t>(path.size()) >= kPathSize || !QDir().mkpath(QFileInfo(logPath).absolutePath()))
+    if (static_cast<std::size_t>(path.size()) >= kPathSize
+        || !QDir().mkpath(QFileInfo(logPath).absolutePath()))
         return false;
     copyInto(g_logPath.data(), kPathSize, path);
     copyInto(g_version.data(), kVersionSize, version.toUtf8());

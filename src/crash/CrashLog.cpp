@@ -43,7 +43,8 @@ QUrl mailtoUrl(const QString &note, const QString &report)
     const QString body = QStringLiteral("%1\n\n\n%2").arg(note, report);
     // Everything but the unreserved characters is escaped, "&" and "=" too,
     // so nothing in the report can end the body early.
-    const QByteArray query = "subject=" + QUrl::toPercentEncoding(kSubject) + "&body=" + QUrl::toPercentEncoding(body);
+    const QByteArray query =
+        "subject=" + QUrl::toPercentEncoding(kSubject) + "&body=" + QUrl::toPercentEncoding(body);
     return QUrl(QStringLiteral("mailto:") + kSupportAddress + QLatin1Char('?') + QString::fromLatin1(query),
                 QUrl::StrictMode);
 }

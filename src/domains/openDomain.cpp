@@ -121,7 +121,10 @@ void openDomain::observeSettings()
     }
 }
 
-void openDomain::readWarnSetting() { m_warn = m_services.defaults.boolForKey(SettingsKeys::VXWarnOnDomainDelete); }
+void openDomain::readWarnSetting()
+{
+    m_warn = m_services.defaults.boolForKey(SettingsKeys::VXWarnOnDomainDelete);
+}
 
 void openDomain::beep() const
 {

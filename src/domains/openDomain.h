@@ -161,7 +161,8 @@ private:
 
     void deleteOne(const openNodePtr &node);
     void deleteSelected(const QList<openNodePtr> &nodes);
-    void restoreDomain(const openNodePtr &node, int index, const openNodePtr &parent, const DeletionRecord &file);
+    void restoreDomain(const openNodePtr &node, int index, const openNodePtr &parent,
+                       const DeletionRecord &file);
     void deleteGroup(const QList<openNodePtr> &nodes);
     void restoreGroup(const QList<DeletionRecord> &records);
     bool refusesDelete(const openNode &node) const;

@@ -206,7 +206,8 @@ bool openDomain::validateToolbarItem(ToolbarItem item) const
     const bool active = !m_screen || m_screen->isApplicationActive();
     switch (item) {
     case ToolbarItem::DeleteItem:
-        return active && keyWindow && (!m_screen || m_screen->isOutlineFocused()) && validateCommand(Command::Delete);
+        return active && keyWindow && (!m_screen || m_screen->isOutlineFocused())
+            && validateCommand(Command::Delete);
     case ToolbarItem::Reload:
         return active && keyWindow;
     case ToolbarItem::GetInfo:

@@ -55,7 +55,8 @@ void openDomain::deleteOne(const openNodePtr &node)
         remove();
         return;
     }
-    const QString question = tr("Do you really wish to delete %1?").arg(PathText::lastPathComponent(node->name()));
+    const QString question =
+        tr("Do you really wish to delete %1?").arg(PathText::lastPathComponent(node->name()));
     m_screen->confirmDelete(question, [this, remove](int answer) {
         if (answer == BrowserScreen::DeleteConfirmed)
             remove();

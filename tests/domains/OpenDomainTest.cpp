@@ -180,7 +180,11 @@ void OpenDomainTest::deleteAndUndo()
     }
     QCOMPARE(browser.topLevel(), expectedTop);
     if (selectedAfter == u"index - 1"_s) {
-        const qsizetype lastIndex = before.indexOf(browser.path(deleted.last())) - (deleted.size() - 1);
+        // The folder lists in readdir's order: the last deleted is the lowest row.
+        qsizetype lowest = 0;
+        for (const QString &name : deleted)
+            lowest = std::max(lowest, before.indexOf(browser.path(name)));
+        const qsizetype lastIndex = lowest - (deleted.size() - 1);
         expectedSelection = expectedTop.at(std::max<qsizetype>(lastIndex - 1, 0));
     }
     if (!expectedSelection.startsWith(u'/'))
