@@ -143,9 +143,7 @@ void BM_ListAndBuildTree(benchmark::State &state)
 {
     account();
     for (auto _ : state) {
-        openDomain application;
-        application.buildTree();
-        benchmark::DoNotOptimize(application.treeData());
+        benchmark::DoNotOptimize(openDomain::fullDomainTree());
     }
 }
 BENCHMARK(BM_ListAndBuildTree)->Unit(benchmark::kMillisecond);
@@ -162,10 +160,9 @@ qsizetype shownNamesLength(const openNode &node)
 void BM_ShowEveryRowName(benchmark::State &state)
 {
     account();
-    openDomain application;
-    application.buildTree();
+    const openNodePtr root = openDomain::fullDomainTree();
     for (auto _ : state)
-        benchmark::DoNotOptimize(shownNamesLength(*application.treeData()));
+        benchmark::DoNotOptimize(shownNamesLength(*root));
 }
 BENCHMARK(BM_ShowEveryRowName)->Unit(benchmark::kMicrosecond);
 
@@ -199,5 +196,47 @@ void BM_SynchronizeUnchangedDomain(benchmark::State &state)
         benchmark::DoNotOptimize(CFReadWriteMethods::synchronizePreferencesAtPath(path, store));
 }
 BENCHMARK(BM_SynchronizeUnchangedDomain)->Unit(benchmark::kMicrosecond);
+
+// The browser's core over the account, without a window.
+struct Browser {
+    PreferencesService service;
+    NotificationCenter center;
+    UserDefaults defaults{service, center};
+    openDomain application{openDomain::Services{defaults, center}};
+};
+
+// The search field runs a search at every keystroke: "domain12" typed one
+// character after another, each a search of the full tree. Goal: 5 ms each.
+void BM_BrowserSearchPerKeystroke(benchmark::State &state)
+{
+    account();
+    Browser browser;
+    const QString typed = QStringLiteral("domain12");
+    qsizetype length = 0;
+    for (auto _ : state) {
+        length = length % typed.size() + 1;
+        browser.application.searchDomains(typed.left(length));
+        benchmark::DoNotOptimize(browser.application.treeData());
+    }
+}
+BENCHMARK(BM_BrowserSearchPerKeystroke)->Unit(benchmark::kMillisecond);
+
+// Reload with a handful of domains selected, which are found again in the
+// new tree by path. Goal: 30 ms.
+void BM_BrowserReload(benchmark::State &state)
+{
+    account();
+    Browser browser;
+    openDomain &application = browser.application;
+    const QList<openNodePtr> top = application.treeData()->children();
+    QList<openNodePtr> chosen;
+    for (qsizetype i = 2; i < top.size(); i += top.size() / 10)
+        chosen.append(top.at(i));
+    application.selectNodes(chosen, false);
+    for (auto _ : state)
+        application.refresh();
+    state.counters["selected"] = static_cast<double>(application.selectedNodes().size());
+}
+BENCHMARK(BM_BrowserReload)->Unit(benchmark::kMillisecond);
 
 } // namespace

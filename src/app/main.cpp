@@ -1,4 +1,6 @@
-#include "domains/ApplicationSettings.h"
+#include "crash/CrashHandler.h"
+#include "crash/CrashLog.h"
+#include "domains/openDomain.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PreferencesService.h"
 #include "platform/UserDefaults.h"
@@ -13,13 +15,18 @@
 
 int main(int argc, char **argv)
 {
+    // First of all, so a crash anywhere after this leaves a report for the next start.
+    CrashHandler::install(CrashLog::logPath(), QStringLiteral(ORVANE_VERSION));
     QApplication app(argc, argv);
+    QApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
     QApplication::setApplicationName(QStringLiteral("Orvane"));
     QApplication::setOrganizationDomain(QStringLiteral("orvane.org"));
     // Before any window exists: every window reads its settings when it is made.
     UserDefaults &defaults = UserDefaults::standardUserDefaults();
-    ApplicationSettings::registerDefaults(defaults, SystemAppearance::current(),
-                                          QDateTime::currentDateTimeUtc());
+    const std::unique_ptr<openDomain> application = openDomain::launch(
+        {defaults, NotificationCenter::defaultCenter()}, SystemAppearance::current(), QDateTime::currentDateTimeUtc());
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, application.get(),
+                     [&application] { application->applicationShouldTerminate(); });
     VXDocumentController documents(
         {{PreferencesService::shared(), defaults}, NotificationCenter::defaultCenter()});
 
@@ -28,8 +35,10 @@ int main(int argc, char **argv)
         // The domain browser is to be the main window; until then, a file is asked for.
         paths = QFileDialog::getOpenFileNames(nullptr, QApplication::translate("main", "Open"), QString(),
                                               VXDocumentController::openFilters().join(QStringLiteral(";;")));
-        if (paths.isEmpty())
+        if (paths.isEmpty()) {
+            application->applicationShouldTerminate();
             return 0;
+        }
     }
     // For timing the start (bench/startup.sh): quit once the first document's
     // outline has been painted, so the process's run time is "to a shown tree".

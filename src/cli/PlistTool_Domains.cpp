@@ -23,9 +23,7 @@ int PlistTool::domains(const QStringList &arguments)
 {
     if (!arguments.isEmpty())
         return usage(QStringLiteral("domains takes no arguments"));
-    openDomain application;
-    application.buildTree();
-    printRows(m_out, *application.treeData(), 0);
+    printRows(m_out, *openDomain::fullDomainTree(), 0);
     return 0;
 }
 

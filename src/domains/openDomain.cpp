@@ -1,11 +1,21 @@
+// The application object's state: folders and the tree, start-up and quit,
+// the settings it observes, and the selection in rows of the outline.
 #include "openDomain.h"
 
+#include "domains/ApplicationSettings.h"
+#include "domains/DomainOutlineModel.h"
 #include "domains/PathText.h"
+#include "domains/SettingsKeys.h"
+#include "platform/NotificationCenter.h"
 #include "platform/PropertyListSerialization.h"
+#include "platform/UserDefaults.h"
 
 #include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
+
+#include <algorithm>
 
 namespace {
 
@@ -48,7 +58,79 @@ FileArray listFolder(const QString &path, QSet<QString> &chain, int depth)
 
 } // namespace
 
-openDomain::openDomain(QObject *parent) : QObject(parent) {}
+std::unique_ptr<openDomain> openDomain::launch(const Services &services, const AppearanceDefaults &appearance,
+                                               const QDateTime &now)
+{
+    ApplicationSettings::registerDefaults(services.defaults, appearance, now);
+    ApplicationSettings::transferPreferences(services.defaults);
+    return std::make_unique<openDomain>(services);
+}
+
+openDomain::openDomain(const Services &services, QObject *parent)
+    : QObject(parent)
+    , m_services(services)
+    , m_treeData(fullDomainTree())
+    , m_cachedTreeData(m_treeData)
+    , m_placeholder(placeholderPath())
+    , m_model(new DomainOutlineModel(this))
+    , m_selection(new QItemSelectionModel(m_model, this))
+{
+    m_model->resetRoot(m_treeData);
+    createPlaceholder();
+    readWarnSetting();
+    observeSettings();
+}
+
+openDomain::~openDomain()
+{
+    // The undo records hold nodes the model may show.
+    m_undoManager.removeAllActions();
+    m_selection->clear();
+}
+
+QString openDomain::placeholderPath()
+{
+    const QString folder = folderForType(FolderLookup::kTemporaryFolderType, FolderLookup::kLocalDomain)
+                               .value_or(QDir::tempPath());
+    return folder + QLatin1Char('/') + kPlaceholderFileName;
+}
+
+void openDomain::createPlaceholder()
+{
+    // A file left by a run that did not quit is read-only: it goes first.
+    QFile::remove(m_placeholder);
+    QFile file(m_placeholder);
+    if (file.open(QIODevice::WriteOnly))
+        file.setPermissions(QFileDevice::ReadOwner);
+}
+
+bool openDomain::applicationShouldTerminate()
+{
+    QFile::remove(m_placeholder);
+    return true;
+}
+
+void openDomain::observeSettings()
+{
+    using namespace SettingsNotifications;
+    m_services.center.addObserver(this, VXDomainWarningChangedNotification,
+                                  [this](const Notification &) { readWarnSetting(); });
+    for (const QString &name :
+         {VXColorsChangedNotification, VXUseCustomColorsChangedNotification, VXTextFontChangedNotification}) {
+        m_services.center.addObserver(this, name, [this](const Notification &) { m_model->redrawAll(); });
+    }
+}
+
+void openDomain::readWarnSetting()
+{
+    m_warn = m_services.defaults.boolForKey(SettingsKeys::VXWarnOnDomainDelete);
+}
+
+void openDomain::beep() const
+{
+    if (m_screen)
+        m_screen->beep();
+}
 
 std::optional<QString> openDomain::folderForType(FolderLookup::FolderType type, FolderLookup::FolderDomain domain)
 {
@@ -98,11 +180,146 @@ FileArray openDomain::browserFileArray(const QString &machineFolder)
     return top;
 }
 
-void openDomain::buildTree()
+openNodePtr openDomain::fullDomainTree()
 {
     // Looked up once, so the listing and the node that shows as "System
     // Preferences" agree even if the folder comes or goes meanwhile.
     const QString machine = preferencesFolderPathForDomain(FolderLookup::kLocalDomain).value_or(QString());
-    m_treeData = openNode::treeFromFileArray(browserFileArray(machine), machine);
-    m_cachedTreeData = m_treeData;
+    return openNode::treeFromFileArray(browserFileArray(machine), machine);
+}
+
+// ---- selection --------------------------------------------------------------------
+
+namespace {
+
+// The rows from the top level down to an index, for ordering indexes as the outline shows them.
+QList<int> pathOf(QModelIndex index)
+{
+    QList<int> path;
+    for (; index.isValid(); index = index.parent())
+        path.prepend(index.row());
+    return path;
+}
+
+} // namespace
+
+openNodePtr openDomain::sharedNode(const openNode *node) const
+{
+    if (!node)
+        return nullptr;
+    if (node == m_treeData.get())
+        return m_treeData;
+    if (node == m_cachedTreeData.get())
+        return m_cachedTreeData;
+    const openNode *parent = node->nodeParent();
+    return parent ? parent->childAtIndex(parent->indexOfChild(node)) : nullptr;
+}
+
+QList<openNodePtr> openDomain::selectedNodes() const
+{
+    QModelIndexList rows = m_selection->selectedRows();
+    std::sort(rows.begin(), rows.end(),
+              [](const QModelIndex &a, const QModelIndex &b) { return pathOf(a) < pathOf(b); });
+    QList<openNodePtr> nodes;
+    nodes.reserve(rows.size());
+    for (const QModelIndex &row : std::as_const(rows)) {
+        if (openNodePtr node = sharedNode(m_model->nodeAt(row)))
+            nodes.append(std::move(node));
+    }
+    return nodes;
+}
+
+QStringList openDomain::selectedPaths() const
+{
+    QStringList paths;
+    for (const openNodePtr &node : selectedNodes())
+        paths.append(node->name());
+    return paths;
+}
+
+void openDomain::selectNodes(const QList<openNodePtr> &nodes, bool extending)
+{
+    QItemSelection selection;
+    for (const openNodePtr &node : nodes) {
+        const QModelIndex index = m_model->indexOf(node.get());
+        if (index.isValid())
+            selection.select(index, index);
+    }
+    const auto flags = QItemSelectionModel::Rows
+        | (extending ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect);
+    m_selection->select(selection, flags);
+    if (!selection.isEmpty())
+        m_selection->setCurrentIndex(selection.first().topLeft(), QItemSelectionModel::NoUpdate);
+}
+
+void openDomain::selectRow(int row)
+{
+    const QModelIndex index = m_model->indexOf(nodeAtRow(row));
+    if (!index.isValid()) {
+        m_selection->clearSelection();
+        return;
+    }
+    m_selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+// ---- rows -------------------------------------------------------------------------------
+
+bool openDomain::isExpanded(const openNode *node) const
+{
+    return node == m_treeData.get() || (m_screen && m_screen->isItemExpanded(node));
+}
+
+int openDomain::visibleSize(const openNode *node) const
+{
+    int size = 1;
+    if (isExpanded(node)) {
+        for (const openNodePtr &child : node->children())
+            size += visibleSize(child.get());
+    }
+    return size;
+}
+
+int openDomain::rowForNode(const openNode *node) const
+{
+    if (!node || node == m_treeData.get() || !m_model->holds(node))
+        return -1;
+    QList<const openNode *> chain;
+    for (const openNode *at = node; at != m_treeData.get(); at = at->nodeParent())
+        chain.prepend(at);
+    int row = 0;
+    for (const openNode *at : std::as_const(chain)) {
+        const openNode *parent = at->nodeParent();
+        if (!isExpanded(parent))
+            return -1;
+        const int index = parent->indexOfChild(at);
+        for (int i = 0; i < index; ++i)
+            row += visibleSize(parent->children().at(i).get());
+        if (at != node)
+            ++row; // the ancestor's own line
+    }
+    return row;
+}
+
+openNode *openDomain::nodeAtRow(int row) const
+{
+    if (row < 0)
+        return nullptr;
+    const openNode *parent = m_treeData.get();
+    int remaining = row;
+    for (qsizetype i = 0; i < parent->numberOfChildren();) {
+        openNode *child = parent->children().at(i).get();
+        if (remaining == 0)
+            return child;
+        const int size = visibleSize(child);
+        if (remaining < size) {
+            // The row lies inside this child's open subtree.
+            --remaining;
+            parent = child;
+            i = 0;
+            continue;
+        }
+        remaining -= size;
+        ++i;
+    }
+    return nullptr;
 }
