@@ -9,6 +9,7 @@
 #include "ui/PrefOV.h"
 #include "ui/SearchField.h"
 #include "ui/VXDocumentController.h"
+#include "ui/prefController.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -53,6 +54,7 @@ VXWindowController::VXWindowController(plistDocument *document, VXDocumentContro
     resize(760, 520);
     createWidgets();
     createActions();
+    createApplicationActions();
     createMenus();
     createToolBar();
     connectDocument();
@@ -192,6 +194,18 @@ void VXWindowController::createActions()
         connect(reload, &QAction::triggered, m_document, &plistDocument::reloadData);
 }
 
+void VXWindowController::createApplicationActions()
+{
+    Actions &a = m_actions;
+    a.preferences = makeAction(this, tr("Pr&eferences…"), QKeySequence::Preferences,
+                               QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    a.preferences->setMenuRole(QAction::PreferencesRole);
+    connect(a.preferences, &QAction::triggered, this, [this] {
+        const plistDocument::Services &services = m_document->services();
+        prefController::showPreferences(services.store.defaults, services.center);
+    });
+}
+
 void VXWindowController::createMenus()
 {
     const Actions &a = m_actions;
@@ -209,6 +223,8 @@ void VXWindowController::createMenus()
     edit->addActions({a.addLeaf, a.addGroup, a.addArray});
     edit->addSeparator();
     edit->addActions({a.sort, a.reload});
+    edit->addSeparator();
+    edit->addAction(a.preferences);
     QMenu *view = menuBar()->addMenu(tr("&View"));
     view->addAction(a.showToolbar);
 }
