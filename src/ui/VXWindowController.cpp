@@ -4,6 +4,7 @@
 
 #include "document/plistDocument.h"
 #include "ui/ClassPopUpDelegate.h"
+#include "ui/InfoPanel.h"
 #include "ui/NoticeBar.h"
 #include "ui/OutlineItemDelegate.h"
 #include "ui/PrefOV.h"
@@ -204,6 +205,8 @@ void VXWindowController::createApplicationActions()
         const plistDocument::Services &services = m_document->services();
         prefController::showPreferences(services.store.defaults, services.center);
     });
+    a.getInfo = makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+    connect(a.getInfo, &QAction::triggered, this, [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
 }
 
 void VXWindowController::createMenus()
@@ -213,6 +216,8 @@ void VXWindowController::createMenus()
     file->addActions({a.open, a.close});
     file->addSeparator();
     file->addActions({a.save, a.saveAs, a.revert});
+    file->addSeparator();
+    file->addAction(a.getInfo);
     file->addSeparator();
     file->addAction(a.quit);
     QMenu *edit = menuBar()->addMenu(tr("&Edit"));
