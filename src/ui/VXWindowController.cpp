@@ -3,6 +3,7 @@
 #include "VXWindowController.h"
 
 #include "document/plistDocument.h"
+#include "ui/AboutPanel.h"
 #include "ui/ClassPopUpDelegate.h"
 #include "ui/InfoPanel.h"
 #include "ui/NoticeBar.h"
@@ -207,6 +208,12 @@ void VXWindowController::createApplicationActions()
     });
     a.getInfo = makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
     connect(a.getInfo, &QAction::triggered, this, [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
+    a.about = makeAction(this, tr("&About Orvane"));
+    a.about->setMenuRole(QAction::AboutRole);
+    connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
+    a.aboutQt = makeAction(this, tr("About &Qt"));
+    a.aboutQt->setMenuRole(QAction::AboutQtRole);
+    connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
 }
 
 void VXWindowController::createMenus()
@@ -232,6 +239,8 @@ void VXWindowController::createMenus()
     edit->addAction(a.preferences);
     QMenu *view = menuBar()->addMenu(tr("&View"));
     view->addAction(a.showToolbar);
+    QMenu *help = menuBar()->addMenu(tr("&Help"));
+    help->addActions({a.about, a.aboutQt});
 }
 
 void VXWindowController::createToolBar()
