@@ -95,5 +95,7 @@ int main(int argc, char **argv)
     }
     documents.openDocuments(paths);
     const int status = QApplication::exec();
+    // Settings changed on the way (preferences, "do not ask again") reach the disk.
+    defaults.synchronize();
     return documents.openedAny() ? status : 1; // every file failed, and each has had its dialog
 }

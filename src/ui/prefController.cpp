@@ -251,6 +251,8 @@ void prefController::closeEvent(QCloseEvent *event)
     if (m_fontPanel && m_fontPanel->isVisible())
         m_fontPanel->hide();
     m_settings.preferencesWindowClosed(this);
+    // What was chosen here is kept even if the application does not end normally.
+    m_defaults.synchronize();
     QWidget::closeEvent(event);
 }
 
