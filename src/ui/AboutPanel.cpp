@@ -67,7 +67,9 @@ void AboutPanel::showLicense()
     auto *text = new QPlainTextEdit(licenseText());
     text->setReadOnly(true);
     text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    text->setMinimumSize(560, 380);
+    text->setLineWrapMode(QPlainTextEdit::NoWrap);
+    // Wide enough for the licence's lines, as the file breaks them.
+    text->setMinimumSize(text->fontMetrics().horizontalAdvance(QString(80, u'M')) + 40, 380);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
     auto *layout = new QVBoxLayout(dialog);

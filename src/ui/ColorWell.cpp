@@ -40,6 +40,11 @@ void ColorWell::openDialog()
             setColor(chosen);
             emit colorChosen(chosen);
         });
+        // The keyboard goes back to the well's window, where the user was.
+        connect(m_dialog, &QDialog::finished, this, [this] {
+            window()->activateWindow();
+            setFocus(Qt::OtherFocusReason);
+        });
     }
     m_dialog->show();
     m_dialog->raise();
