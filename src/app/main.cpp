@@ -20,12 +20,14 @@ namespace {
 void describeCommandLine(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(QApplication::translate(
-        "main", "Edits Mac OS X preference domains and property-list files (XML, binary or old-style text)."));
+        "main",
+        "Edits Mac OS X preference domains and property-list files (XML, binary or old-style text)."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("files"),
-                                 QApplication::translate("main", "Property-list files to open, each in a window."),
-                                 QStringLiteral("[FILE...]"));
+    parser.addPositionalArgument(
+        QStringLiteral("files"),
+        QApplication::translate("main", "Property-list files to open, each in a window."),
+        QStringLiteral("[FILE...]"));
 }
 
 // --help and --version print and leave, and need no display: they work in a

@@ -56,7 +56,8 @@ void ColorWell::paintEvent(QPaintEvent *event)
     QPushButton::paintEvent(event);
     QStyleOptionButton option;
     initStyleOption(&option);
-    const QRect swatch = style()->subElementRect(QStyle::SE_PushButtonContents, &option, this).adjusted(3, 3, -3, -3);
+    const QRect swatch =
+        style()->subElementRect(QStyle::SE_PushButtonContents, &option, this).adjusted(3, 3, -3, -3);
     QPainter painter(this);
     // A disabled well still shows its colour, faded, so the user sees what the custom colours would be.
     painter.setOpacity(isEnabled() ? 1.0 : 0.4);

@@ -118,14 +118,16 @@ QWidget *InfoPanel::section(const FileInformation &information)
         form->addRow(named(QStringLiteral("missing"), tr("This file is not there any more.")));
         return box;
     }
-    const auto row = [form](const char *label, const QString &labelText, const char *field, const QString &text) {
+    const auto row = [form](const char *label, const QString &labelText, const char *field,
+                            const QString &text) {
         form->addRow(named(QString::fromLatin1(label), labelText), value(QString::fromLatin1(field), text));
     };
     row("creationLabel", tr("Created:"), "creationDate", information.creationDate);
     row("modifiedLabel", tr("Modified:"), "modifiedDate", information.modificationDate);
     row("accessLabel", tr("Last opened:"), "accessDate", information.accessDate);
     row("diskLabel", tr("Size:"), "diskSize", information.size);
-    row("ownerGroupLabel", tr("Owner, group:"), "ownerGroup", information.owner + QStringLiteral(", ") + information.group);
+    row("ownerGroupLabel", tr("Owner, group:"), "ownerGroup",
+        information.owner + QStringLiteral(", ") + information.group);
     row("plistPermissionsLabel", tr("Permissions:"), "plistPermissions", information.permissions);
     return box;
 }

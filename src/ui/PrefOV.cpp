@@ -7,6 +7,7 @@
 #include "model/VXAdditions.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
+#include "ui/AppearanceDefaults.h"
 
 #include <QApplication>
 #include <QHeaderView>
@@ -87,7 +88,8 @@ void PrefOV::setDocument(plistDocument *document)
     applyRowColors();
     using namespace SettingsNotifications;
     for (const QString &name : {VXUseCustomColorsChangedNotification, VXColorsChangedNotification})
-        document->services().center.addObserver(this, name, [this](const Notification &) { applyRowColors(); });
+        document->services().center.addObserver(this, name,
+                                                [this](const Notification &) { applyRowColors(); });
 }
 
 void PrefOV::applyRowColors()
@@ -98,9 +100,7 @@ void PrefOV::applyRowColors()
     const UserDefaults &defaults = m_document->services().store.defaults;
     if (defaults.boolForKey(SettingsKeys::VXUseCustomColors)) {
         const auto color = [&defaults](const QString &key) {
-            const CalibratedColor c = VXAdditions::colorFromString(defaults.stringForKey(key));
-            return QColor::fromRgbF(static_cast<float>(c.red), static_cast<float>(c.green), static_cast<float>(c.blue),
-                                    static_cast<float>(c.alpha));
+            return SystemAppearance::qColor(VXAdditions::colorFromString(defaults.stringForKey(key)));
         };
         for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
             stripes.setColor(group, QPalette::Base, color(SettingsKeys::VXLightColor));

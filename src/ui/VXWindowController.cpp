@@ -206,8 +206,10 @@ void VXWindowController::createApplicationActions()
         const plistDocument::Services &services = m_document->services();
         prefController::showPreferences(services.store.defaults, services.center);
     });
-    a.getInfo = makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
-    connect(a.getInfo, &QAction::triggered, this, [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
+    a.getInfo =
+        makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+    connect(a.getInfo, &QAction::triggered, this,
+            [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
     a.about = makeAction(this, tr("&About Orvane"));
     a.about->setMenuRole(QAction::AboutRole);
     connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });

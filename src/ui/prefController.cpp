@@ -25,12 +25,6 @@ QPointer<prefController> &sharedPointer()
     return window;
 }
 
-QColor qColor(const CalibratedColor &color)
-{
-    return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
-                            static_cast<float>(color.blue), static_cast<float>(color.alpha));
-}
-
 // The notices after which the window reads the settings again: every one that
 // announces a setting it shows.
 const QStringList &shownSettingsNotifications()
@@ -118,7 +112,8 @@ void prefController::connectControls()
     connect(m_ui->useCustomTabColors, &QCheckBox::toggled, this, &prefController::enableTabWells);
     connect(m_ui->listFontButton, &QPushButton::clicked, this, [this] { showFontPanel(true); });
     connect(m_ui->tabFontButton, &QPushButton::clicked, this, [this] { showFontPanel(false); });
-    connect(m_ui->pages, &QTabWidget::currentChanged, this, [this](int page) { m_settings.setLastSelectedTab(page); });
+    connect(m_ui->pages, &QTabWidget::currentChanged, this,
+            [this](int page) { m_settings.setLastSelectedTab(page); });
 }
 
 void prefController::connectWells()
@@ -139,13 +134,13 @@ void prefController::connectWells()
         const QList<CalibratedColor> colors = m_settings.resetListColors(this);
         const QList<ColorWell *> wells = listWells();
         for (qsizetype i = 0; i < wells.size() && i < colors.size(); ++i)
-            wells[i]->setColor(qColor(colors[i]));
+            wells[i]->setColor(SystemAppearance::qColor(colors[i]));
     });
     connect(m_ui->resetTabColors, &QPushButton::clicked, this, [this] {
         const QList<CalibratedColor> colors = m_settings.resetTabColors(this);
         const QList<ColorWell *> wells = tabWells();
         for (qsizetype i = 0; i < wells.size() && i < colors.size(); ++i)
-            wells[i]->setColor(qColor(colors[i]));
+            wells[i]->setColor(SystemAppearance::qColor(colors[i]));
     });
 }
 
@@ -177,11 +172,11 @@ void prefController::loadFromSettings()
     }
     const QList<ColorWell *> list = listWells();
     for (qsizetype i = 0; i < list.size(); ++i)
-        list[i]->setColor(qColor(VXAdditions::colorFromString(
+        list[i]->setColor(SystemAppearance::qColor(VXAdditions::colorFromString(
             m_defaults.stringForKey(ApplicationSettings::keyFor(static_cast<ListWell>(i))))));
     const QList<ColorWell *> tabs = tabWells();
     for (qsizetype i = 0; i < tabs.size(); ++i)
-        tabs[i]->setColor(qColor(VXAdditions::colorFromString(
+        tabs[i]->setColor(SystemAppearance::qColor(VXAdditions::colorFromString(
             m_defaults.stringForKey(ApplicationSettings::keyFor(static_cast<TabWell>(i))))));
     enableListWells(m_ui->useCustomColors->isChecked());
     enableTabWells(m_ui->useCustomTabColors->isChecked());
@@ -274,5 +269,6 @@ QList<QLabel *> prefController::listWellLabels() const
 
 QList<QLabel *> prefController::tabWellLabels() const
 {
-    return {m_ui->tabActiveTF, m_ui->tabActiveBackTF, m_ui->tabBackTF, m_ui->tabDisabledTF, m_ui->tabOverflowTF};
+    return {m_ui->tabActiveTF, m_ui->tabActiveBackTF, m_ui->tabBackTF, m_ui->tabDisabledTF,
+            m_ui->tabOverflowTF};
 }

@@ -17,7 +17,8 @@ private slots:
         QTest::addColumn<QString>("startOfOutput");
         const QString tool = QStringLiteral(ORVANE_PLIST_EXECUTABLE);
         QTest::newRow("orvane-plist --version") << tool << u"--version"_s << u"orvane-plist 0.1.0\n"_s;
-        QTest::newRow("orvane-plist --help") << tool << u"--help"_s << u"usage: orvane-plist lint FILE...\n"_s;
+        QTest::newRow("orvane-plist --help")
+            << tool << u"--help"_s << u"usage: orvane-plist lint FILE...\n"_s;
 #ifdef ORVANE_EXECUTABLE
         const QString gui = QStringLiteral(ORVANE_EXECUTABLE);
         QTest::newRow("orvane --version") << gui << u"--version"_s << u"orvane 0.1.0\n"_s;

@@ -56,7 +56,8 @@ private slots:
         QCOMPARE(texts(panel, u"diskSize"_s).size(), sections);
         QCOMPARE(texts(panel, u"diskSize"_s).last(), u"%1 bytes"_s.arg(sections - 1));
         QCOMPARE(texts(panel, u"moreItems"_s), more.isEmpty() ? QStringList() : QStringList{more});
-        for (const char *field : {"creationDate", "modifiedDate", "accessDate", "ownerGroup", "plistPermissions"})
+        for (const char *field :
+             {"creationDate", "modifiedDate", "accessDate", "ownerGroup", "plistPermissions"})
             QCOMPARE(texts(panel, QString::fromLatin1(field)).size(), sections);
     }
 

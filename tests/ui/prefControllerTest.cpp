@@ -27,7 +27,11 @@ using namespace SettingsNotifications;
 namespace {
 
 struct Session {
-    Session() { ApplicationSettings::registerDefaults(defaults, AppearanceDefaults::fallback(), QDateTime::currentDateTimeUtc()); }
+    Session()
+    {
+        ApplicationSettings::registerDefaults(defaults, AppearanceDefaults::fallback(),
+                                              QDateTime::currentDateTimeUtc());
+    }
     // Whether the user's own settings hold key (a reset removes it).
     bool stored(const QString &key) const
     {
@@ -159,7 +163,8 @@ private slots:
         else if (auto *label = qobject_cast<QLabel *>(widget))
             state = label->text();
         else if (auto *well = qobject_cast<ColorWell *>(widget))
-            state = shown.startsWith(u'#') ? well->color().name() : (well->isEnabled() ? u"enabled"_s : u"off"_s);
+            state =
+                shown.startsWith(u'#') ? well->color().name() : (well->isEnabled() ? u"enabled"_s : u"off"_s);
         QCOMPARE(state, shown);
     }
 
@@ -220,7 +225,8 @@ private slots:
         QCOMPARE(session.defaults.doubleForKey(sizeKey), 17.0);
         QVERIFY(window.findChild<QLabel *>(label)->text().endsWith(u", 17pt."_s));
         // The window answers the font panel's notice while it is being delivered, so the order is not fixed.
-        QStringList expected{VXFontPanelDidChangeFontNotification + u" (not from the window)"_s, notification};
+        QStringList expected{VXFontPanelDidChangeFontNotification + u" (not from the window)"_s,
+                             notification};
         expected.sort();
         heard.names.sort();
         QCOMPARE(heard.names, expected);
@@ -244,7 +250,8 @@ private slots:
         QCOMPARE(heard.names, QStringList{VXPreferencWindowClosedNotification});
         QTRY_VERIFY(!prefController::sharedWindow()); // freed once closed
         window = prefController::showPreferences(session.defaults, session.center);
-        QCOMPARE(window->findChild<QTabWidget *>(u"pages"_s)->currentIndex(), int(prefController::ColorsPage));
+        QCOMPARE(window->findChild<QTabWidget *>(u"pages"_s)->currentIndex(),
+                 int(prefController::ColorsPage));
         window->close();
         QTRY_VERIFY(!prefController::sharedWindow());
     }
