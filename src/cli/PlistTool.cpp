@@ -1,5 +1,6 @@
 #include "PlistTool.h"
 
+#include "OrvaneVersion.h"
 #include "model/PListNode.h"
 #include "platform/PropertyListSerialization.h"
 
@@ -90,6 +91,10 @@ int PlistTool::run(const QStringList &arguments)
         return set(rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {
         m_out << kUsage;
+        return 0;
+    }
+    if (command == QLatin1String("--version")) {
+        m_out << "orvane-plist " << OrvaneVersion::kVersion << '\n';
         return 0;
     }
     return usage(QStringLiteral("unknown command '%1'").arg(command));

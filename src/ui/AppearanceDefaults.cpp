@@ -29,6 +29,12 @@ CalibratedColor calibratedColor(const QColor &color)
     return {rgb.redF(), rgb.greenF(), rgb.blueF(), rgb.alphaF()};
 }
 
+QColor qColor(const CalibratedColor &color)
+{
+    return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                            static_cast<float>(color.blue), static_cast<float>(color.alpha));
+}
+
 AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont)
 {
     AppearanceDefaults appearance;

@@ -20,6 +20,7 @@ class QPalette;
 namespace SystemAppearance {
 
 CalibratedColor calibratedColor(const QColor &color);
+QColor qColor(const CalibratedColor &color);
 AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont);
 // From the running application's palette and system font; needs a QGuiApplication.
 AppearanceDefaults current();

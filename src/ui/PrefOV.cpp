@@ -3,7 +3,13 @@
 #include "OutlineItemDelegate.h"
 #include "document/OutlineModel.h"
 #include "document/plistDocument.h"
+#include "domains/SettingsKeys.h"
+#include "model/VXAdditions.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "ui/AppearanceDefaults.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -72,10 +78,36 @@ PrefOV::PrefOV(QWidget *parent) : QTreeView(parent)
 
 void PrefOV::setDocument(plistDocument *document)
 {
+    if (m_document)
+        m_document->services().center.removeObserver(this);
     m_document = document;
     setModel(document ? document->outlineModel() : nullptr);
-    if (document)
-        setSelectionModel(document->selectionModel());
+    if (!document)
+        return;
+    setSelectionModel(document->selectionModel());
+    applyRowColors();
+    using namespace SettingsNotifications;
+    for (const QString &name : {VXUseCustomColorsChangedNotification, VXColorsChangedNotification})
+        document->services().center.addObserver(this, name,
+                                                [this](const Notification &) { applyRowColors(); });
+}
+
+void PrefOV::applyRowColors()
+{
+    // The stripes are the user's light and dark colours when custom colours
+    // are on, the desktop's base colours otherwise.
+    QPalette stripes = QApplication::palette(this);
+    const UserDefaults &defaults = m_document->services().store.defaults;
+    if (defaults.boolForKey(SettingsKeys::VXUseCustomColors)) {
+        const auto color = [&defaults](const QString &key) {
+            return SystemAppearance::qColor(VXAdditions::colorFromString(defaults.stringForKey(key)));
+        };
+        for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive}) {
+            stripes.setColor(group, QPalette::Base, color(SettingsKeys::VXLightColor));
+            stripes.setColor(group, QPalette::AlternateBase, color(SettingsKeys::VXDarkColor));
+        }
+    }
+    setPalette(stripes);
 }
 
 PListNode *PrefOV::nodeAt(const QModelIndex &index) const

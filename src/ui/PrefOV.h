@@ -43,6 +43,8 @@ private:
     // array element has no key to edit.
     QModelIndex nextEditableCell(const QModelIndex &from, int step) const;
     void openClassPopUp();
+    // The rows' stripes from the colour settings.
+    void applyRowColors();
 
     plistDocument *m_document = nullptr;
 };

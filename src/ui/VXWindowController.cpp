@@ -3,12 +3,15 @@
 #include "VXWindowController.h"
 
 #include "document/plistDocument.h"
+#include "ui/AboutPanel.h"
 #include "ui/ClassPopUpDelegate.h"
+#include "ui/InfoPanel.h"
 #include "ui/NoticeBar.h"
 #include "ui/OutlineItemDelegate.h"
 #include "ui/PrefOV.h"
 #include "ui/SearchField.h"
 #include "ui/VXDocumentController.h"
+#include "ui/prefController.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -53,6 +56,7 @@ VXWindowController::VXWindowController(plistDocument *document, VXDocumentContro
     resize(760, 520);
     createWidgets();
     createActions();
+    createApplicationActions();
     createMenus();
     createToolBar();
     connectDocument();
@@ -192,6 +196,28 @@ void VXWindowController::createActions()
         connect(reload, &QAction::triggered, m_document, &plistDocument::reloadData);
 }
 
+void VXWindowController::createApplicationActions()
+{
+    Actions &a = m_actions;
+    a.preferences = makeAction(this, tr("Pr&eferences…"), QKeySequence::Preferences,
+                               QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    a.preferences->setMenuRole(QAction::PreferencesRole);
+    connect(a.preferences, &QAction::triggered, this, [this] {
+        const plistDocument::Services &services = m_document->services();
+        prefController::showPreferences(services.store.defaults, services.center);
+    });
+    a.getInfo =
+        makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+    connect(a.getInfo, &QAction::triggered, this,
+            [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
+    a.about = makeAction(this, tr("&About Orvane"));
+    a.about->setMenuRole(QAction::AboutRole);
+    connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
+    a.aboutQt = makeAction(this, tr("About &Qt"));
+    a.aboutQt->setMenuRole(QAction::AboutQtRole);
+    connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
+}
+
 void VXWindowController::createMenus()
 {
     const Actions &a = m_actions;
@@ -199,6 +225,8 @@ void VXWindowController::createMenus()
     file->addActions({a.open, a.close});
     file->addSeparator();
     file->addActions({a.save, a.saveAs, a.revert});
+    file->addSeparator();
+    file->addAction(a.getInfo);
     file->addSeparator();
     file->addAction(a.quit);
     QMenu *edit = menuBar()->addMenu(tr("&Edit"));
@@ -209,8 +237,12 @@ void VXWindowController::createMenus()
     edit->addActions({a.addLeaf, a.addGroup, a.addArray});
     edit->addSeparator();
     edit->addActions({a.sort, a.reload});
+    edit->addSeparator();
+    edit->addAction(a.preferences);
     QMenu *view = menuBar()->addMenu(tr("&View"));
     view->addAction(a.showToolbar);
+    QMenu *help = menuBar()->addMenu(tr("&Help"));
+    help->addActions({a.about, a.aboutQt});
 }
 
 void VXWindowController::createToolBar()

@@ -35,6 +35,8 @@ public:
         QAction *open, *close, *save, *saveAs, *revert, *quit;
         QAction *undo, *redo, *deleteItem, *addLeaf, *addGroup, *addArray, *sort, *reload;
         QAction *showToolbar;
+        // The application's windows, reached from every document window.
+        QAction *preferences, *getInfo, *about, *aboutQt;
         // Takes the keyboard to the filter field; in no menu, named by the field's tooltip.
         QAction *search;
         // The toolbar's own items, enabled by the toolbar's rules.
@@ -92,6 +94,7 @@ private:
     void createWidgets();
     void createBusyPage();
     void createActions();
+    void createApplicationActions();
     void createMenus();
     void createToolBar();
     void createNotices();

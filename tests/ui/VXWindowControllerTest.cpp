@@ -10,10 +10,12 @@
 #include "platform/PreferencesService.h"
 #include "platform/PropertyListSerialization.h"
 #include "platform/UserDefaults.h"
+#include "document/OutlineModel.h"
 #include "ui/PrefOV.h"
 #include "ui/SearchField.h"
 #include "ui/VXDocumentController.h"
 #include "ui/VXWindowController.h"
+#include "ui/prefController.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -102,6 +104,7 @@ private slots:
     void closingAskedAboutEdits();
     void failedSaveKeepsTheEdits();
     void deleteSheetCanStopAsking();
+    void outlineFollowsColourAndFontSettings();
     void filterOutlivesReload();
     void readOnlyDocumentDisablesEditing();
     void closingWhileReading();
@@ -258,12 +261,20 @@ void VXWindowControllerTest::deleteSheetCanStopAsking()
     Session session;
     VXWindowController *window = session.open(session.write("{a = 1; b = 2; c = 3;}"));
     QVERIFY(window);
+    // The preferences window, open meanwhile, shows what the sheet's box decides.
+    window->actions().preferences->trigger();
+    prefController *preferences = prefController::sharedWindow();
+    QVERIFY(preferences && preferences->findChild<QCheckBox *>(u"documentWarnBox"_s)->isChecked());
+    window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
     QTest::keyClick(window->outlineView(), Qt::Key_Backspace);
     auto *sheet = window->findChild<QDialog *>();
     QVERIFY(sheet && sheet->isVisible());
     QVERIFY(sheet->findChild<QLabel *>()->text().contains(u" a ?"_s));
     sheet->findChild<QCheckBox *>()->click();
     QVERIFY(!session.defaults.boolForKey(u"VXWarnOnDocumentDelete"_s));
+    QVERIFY(!preferences->findChild<QCheckBox *>(u"documentWarnBox"_s)->isChecked());
+    preferences->close();
     answer(window, u"Delete"_s, sheet);
     QCOMPARE(names(*window->document()), u"b c"_s);
     QCOMPARE(window->actions().undo->text(), u"Undo Cut"_s);
@@ -272,6 +283,25 @@ void VXWindowControllerTest::deleteSheetCanStopAsking()
     QTest::keyClick(window->outlineView(), Qt::Key_Delete); // not asked any more
     QCOMPARE(names(*window->document()), u"c"_s);
     QCOMPARE(window->actions().undo->text(), u"Undo Delete"_s);
+}
+
+// An open document takes up new colours and fonts at once: stripes and text.
+void VXWindowControllerTest::outlineFollowsColourAndFontSettings()
+{
+    Session session;
+    VXWindowController *window = session.open(session.write("{a = 1;}"));
+    QVERIFY(window);
+    const PrefOV *outline = window->outlineView();
+    const QModelIndex row = outline->model()->index(0, 0);
+    ApplicationSettings settings(session.defaults, session.center);
+    settings.setListColor(ApplicationSettings::ListColorWell::Light, {1, 0, 0, 1}, nullptr);
+    QVERIFY(outline->palette().color(QPalette::Base) != QColor(Qt::red)); // custom colours are off
+    settings.setUseCustomColors(true, nullptr);
+    QCOMPARE(outline->palette().color(QPalette::Base), QColor(Qt::red));
+    settings.setListFont(u"Mono"_s, 21, nullptr);
+    QCOMPARE(row.data(OutlineModel::FontSizeRole).toDouble(), 21.0);
+    settings.setUseCustomColors(false, nullptr);
+    QVERIFY(outline->palette().color(QPalette::Base) != QColor(Qt::red));
 }
 
 void VXWindowControllerTest::filterOutlivesReload()
