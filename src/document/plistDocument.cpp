@@ -4,6 +4,7 @@
 #include "document/DocumentStrings.h"
 #include "document/OutlineModel.h"
 #include "domains/SettingsKeys.h"
+#include "model/OutlineRows.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 
@@ -163,59 +164,21 @@ bool plistDocument::isExpanded(const PListNode *node) const
     return node == m_treeData.get() || (m_screen && m_screen->isItemExpanded(node));
 }
 
-int plistDocument::visibleSize(const PListNode *node) const
-{
-    int size = 1;
-    if (isExpanded(node)) {
-        for (const PListNodePtr &child : node->children())
-            size += visibleSize(child.get());
-    }
-    return size;
-}
-
 int plistDocument::rowForNode(const PListNode *node) const
 {
     if (!node || node == m_treeData.get() || !m_model->holds(node))
         return -1;
-    QList<const PListNode *> chain;
-    for (const PListNode *at = node; at != m_treeData.get(); at = at->nodeParent())
-        chain.prepend(at);
-    int row = 0;
-    for (const PListNode *at : chain) {
-        const PListNode *parent = at->nodeParent();
-        if (!isExpanded(parent))
-            return -1;
-        const int index = parent->indexOfChildIdenticalTo(at);
-        for (int i = 0; i < index; ++i)
-            row += visibleSize(parent->children().at(i).get());
-        if (at != node)
-            ++row; // the ancestor's own line
-    }
-    return row;
+    const auto indexOf = [](const PListNode *parent, const PListNode *child) {
+        return parent->indexOfChildIdenticalTo(child);
+    };
+    const auto open = [this](const PListNode *at) { return isExpanded(at); };
+    return OutlineRows::rowOf<PListNode>(m_treeData.get(), node, open, indexOf);
 }
 
 PListNode *plistDocument::nodeAtRow(int row) const
 {
-    if (row < 0)
-        return nullptr;
-    const PListNode *parent = m_treeData.get();
-    int remaining = row;
-    for (qsizetype i = 0; i < parent->numberOfChildren();) {
-        PListNode *child = parent->children().at(i).get();
-        if (remaining == 0)
-            return child;
-        const int size = visibleSize(child);
-        if (remaining < size) {
-            // The row lies inside this child's open subtree.
-            --remaining;
-            parent = child;
-            i = 0;
-            continue;
-        }
-        remaining -= size;
-        ++i;
-    }
-    return nullptr;
+    const auto open = [this](const PListNode *at) { return isExpanded(at); };
+    return OutlineRows::nodeAt<PListNode>(m_treeData.get(), row, open);
 }
 
 // ---- enabling ---------------------------------------------------------------------------

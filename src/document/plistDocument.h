@@ -186,7 +186,6 @@ private:
     void readWarnSetting();
     void readRenditionSettings();
     void beep() const;
-    int visibleSize(const PListNode *node) const;
     bool isExpanded(const PListNode *node) const;
 
     Services m_services;

@@ -3,6 +3,7 @@
 #include "openDomain.h"
 
 #include "domains/ApplicationSettings.h"
+#include "model/OutlineRows.h"
 #include "domains/DomainOutlineModel.h"
 #include "domains/PathText.h"
 #include "domains/SettingsKeys.h"
@@ -269,57 +270,17 @@ bool openDomain::isExpanded(const openNode *node) const
     return node == m_treeData.get() || (m_screen && m_screen->isItemExpanded(node));
 }
 
-int openDomain::visibleSize(const openNode *node) const
-{
-    int size = 1;
-    if (isExpanded(node)) {
-        for (const openNodePtr &child : node->children())
-            size += visibleSize(child.get());
-    }
-    return size;
-}
-
 int openDomain::rowForNode(const openNode *node) const
 {
     if (!node || node == m_treeData.get() || !m_model->holds(node))
         return -1;
-    QList<const openNode *> chain;
-    for (const openNode *at = node; at != m_treeData.get(); at = at->nodeParent())
-        chain.prepend(at);
-    int row = 0;
-    for (const openNode *at : std::as_const(chain)) {
-        const openNode *parent = at->nodeParent();
-        if (!isExpanded(parent))
-            return -1;
-        const int index = parent->indexOfChild(at);
-        for (int i = 0; i < index; ++i)
-            row += visibleSize(parent->children().at(i).get());
-        if (at != node)
-            ++row; // the ancestor's own line
-    }
-    return row;
+    const auto indexOf = [](const openNode *parent, const openNode *child) { return parent->indexOfChild(child); };
+    const auto open = [this](const openNode *at) { return isExpanded(at); };
+    return OutlineRows::rowOf<openNode>(m_treeData.get(), node, open, indexOf);
 }
 
 openNode *openDomain::nodeAtRow(int row) const
 {
-    if (row < 0)
-        return nullptr;
-    const openNode *parent = m_treeData.get();
-    int remaining = row;
-    for (qsizetype i = 0; i < parent->numberOfChildren();) {
-        openNode *child = parent->children().at(i).get();
-        if (remaining == 0)
-            return child;
-        const int size = visibleSize(child);
-        if (remaining < size) {
-            // The row lies inside this child's open subtree.
-            --remaining;
-            parent = child;
-            i = 0;
-            continue;
-        }
-        remaining -= size;
-        ++i;
-    }
-    return nullptr;
+    const auto open = [this](const openNode *at) { return isExpanded(at); };
+    return OutlineRows::nodeAt<openNode>(m_treeData.get(), row, open);
 }

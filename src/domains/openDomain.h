@@ -177,7 +177,6 @@ private:
     void createPlaceholder();
     void beep() const;
     bool isExpanded(const openNode *node) const;
-    int visibleSize(const openNode *node) const;
 
     Services m_services;
     BrowserScreen *m_screen = nullptr;
