@@ -13,6 +13,7 @@
 #include "ui/prefController.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QToolBar>
@@ -182,6 +183,7 @@ void openQuicklyPanel::createToolBar()
     m_searchField->setMaximumWidth(200);
     m_searchField->setToolTip(tr("Show only the domains whose name holds this text (%1)")
                                   .arg(m_actions.search->shortcut().toString(QKeySequence::NativeText)));
+    m_searchField->installEventFilter(this);
     m_toolBar->addWidget(m_searchField);
     addToolBar(m_toolBar);
     connect(m_actions.search, &QAction::triggered, m_searchField, [field = m_searchField] {
@@ -247,4 +249,20 @@ void openQuicklyPanel::getInfo()
     const QStringList paths = m_application.selectedPaths();
     if (!paths.isEmpty())
         InfoPanel::getInfoForFiles(paths);
+}
+
+bool openQuicklyPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    // Down and Return in the search field go on to what it found, so that a
+    // search, a choice and opening it need no mouse.
+    if (watched == m_searchField && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Down || key == Qt::Key_Return || key == Qt::Key_Enter) {
+            if (!m_application.selectionModel()->hasSelection())
+                m_application.selectRow(0);
+            m_outline->setFocus(Qt::TabFocusReason);
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
