@@ -76,8 +76,9 @@ void quitWhenShown(VXDocumentController &documents, bool browser)
         });
         return;
     }
-    QObject::connect(&documents, &VXDocumentController::documentOpened, qApp,
-                     [paintAndQuit](VXWindowController *window) { paintAndQuit(window, window->outlineView()); });
+    QObject::connect(
+        &documents, &VXDocumentController::documentOpened, qApp,
+        [paintAndQuit](VXWindowController *window) { paintAndQuit(window, window->outlineView()); });
     QObject::connect(&documents, &VXDocumentController::openFailed, qApp, [] { QApplication::exit(1); });
 }
 
@@ -100,8 +101,9 @@ int main(int argc, char **argv)
     parser.process(app); // an unknown option is reported and ends the program
     // Before any window exists: every window reads its settings when it is made.
     UserDefaults &defaults = UserDefaults::standardUserDefaults();
-    const std::unique_ptr<openDomain> application = openDomain::launch(
-        {defaults, NotificationCenter::defaultCenter()}, SystemAppearance::current(), QDateTime::currentDateTimeUtc());
+    const std::unique_ptr<openDomain> application =
+        openDomain::launch({defaults, NotificationCenter::defaultCenter()}, SystemAppearance::current(),
+                           QDateTime::currentDateTimeUtc());
     QObject::connect(&app, &QCoreApplication::aboutToQuit, application.get(),
                      [&application] { application->applicationShouldTerminate(); });
     VXDocumentController documents(

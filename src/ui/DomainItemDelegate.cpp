@@ -32,6 +32,7 @@ void DomainItemDelegate::initStyleOption(QStyleOptionViewItem *option, const QMo
             palette.setColor(QPalette::HighlightedText, palette.color(QPalette::Active, QPalette::Text));
         return;
     }
-    const auto presentation = openNode::Presentation(index.data(DomainOutlineModel::PresentationRole).toInt());
+    const auto presentation =
+        openNode::Presentation(index.data(DomainOutlineModel::PresentationRole).toInt());
     palette.setColor(QPalette::Text, textColour(presentation == openNode::Presentation::Disabled, palette));
 }

@@ -24,7 +24,8 @@ using Command = openDomain::Command;
 using ToolbarItem = openDomain::ToolbarItem;
 
 // The desktop's shortcut for key, or fallback where the desktop has none.
-QAction *makeAction(QObject *parent, const QString &title, QKeySequence::StandardKey key = QKeySequence::UnknownKey,
+QAction *makeAction(QObject *parent, const QString &title,
+                    QKeySequence::StandardKey key = QKeySequence::UnknownKey,
                     const QKeySequence &fallback = {})
 {
     auto *action = new QAction(title, parent);
@@ -68,7 +69,8 @@ openQuicklyPanel::openQuicklyPanel(openDomain &application, VXDocumentController
             &openQuicklyPanel::selectionChanged);
     connect(application.model(), &QAbstractItemModel::modelReset, this, &openQuicklyPanel::refreshActions);
     connect(qApp, &QApplication::focusChanged, this, &openQuicklyPanel::refreshActions);
-    connect(qApp, &QGuiApplication::applicationStateChanged, this, &openQuicklyPanel::applicationStateChanged);
+    connect(qApp, &QGuiApplication::applicationStateChanged, this,
+            &openQuicklyPanel::applicationStateChanged);
     application.selectRow(0);
     m_outline->setFocus();
     refreshActions();
@@ -131,7 +133,8 @@ void openQuicklyPanel::createApplicationActions()
     a.preferences->setMenuRole(QAction::PreferencesRole);
     connect(a.preferences, &QAction::triggered, this,
             [this] { prefController::showPreferences(m_defaults, m_center); });
-    a.getInfo = makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+    a.getInfo =
+        makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
     for (QAction *info : {a.getInfo, a.infoTool})
         connect(info, &QAction::triggered, this, &openQuicklyPanel::getInfo);
     a.about = makeAction(this, tr("&About Orvane"));

@@ -16,7 +16,10 @@
 #include <QDesktopServices>
 #include <QTimer>
 
-void openQuicklyPanel::beep() { QApplication::beep(); }
+void openQuicklyPanel::beep()
+{
+    QApplication::beep();
+}
 
 void openQuicklyPanel::confirmDelete(const QString &question, std::function<void(int answer)> done)
 {
@@ -33,27 +36,45 @@ void openQuicklyPanel::confirmDelete(const QString &question, std::function<void
     sheet->open();
 }
 
-void openQuicklyPanel::expandItem(const openNode *node) { m_outline->expand(m_outline->indexOf(node)); }
+void openQuicklyPanel::expandItem(const openNode *node)
+{
+    m_outline->expand(m_outline->indexOf(node));
+}
 
-void openQuicklyPanel::collapseItem(const openNode *node) { m_outline->collapse(m_outline->indexOf(node)); }
+void openQuicklyPanel::collapseItem(const openNode *node)
+{
+    m_outline->collapse(m_outline->indexOf(node));
+}
 
 bool openQuicklyPanel::isItemExpanded(const openNode *node) const
 {
     return m_outline->isExpanded(m_outline->indexOf(node));
 }
 
-void openQuicklyPanel::scrollToItem(const openNode *node) { m_outline->scrollTo(m_outline->indexOf(node)); }
+void openQuicklyPanel::scrollToItem(const openNode *node)
+{
+    m_outline->scrollTo(m_outline->indexOf(node));
+}
 
-void openQuicklyPanel::expandAll() { m_outline->expandAll(); }
+void openQuicklyPanel::expandAll()
+{
+    m_outline->expandAll();
+}
 
-bool openQuicklyPanel::isKeyWindow() const { return isActiveWindow(); }
+bool openQuicklyPanel::isKeyWindow() const
+{
+    return isActiveWindow();
+}
 
 bool openQuicklyPanel::isApplicationActive() const
 {
     return QGuiApplication::applicationState() == Qt::ApplicationActive;
 }
 
-bool openQuicklyPanel::isOutlineFocused() const { return m_outline->hasFocus(); }
+bool openQuicklyPanel::isOutlineFocused() const
+{
+    return m_outline->hasFocus();
+}
 
 void openQuicklyPanel::focusOutlineLater()
 {
@@ -102,8 +123,8 @@ void openQuicklyPanel::applicationStateChanged(Qt::ApplicationState state)
         }
         return;
     }
-    if (state == Qt::ApplicationInactive && isVisible() && !isMinimized()
-        && !m_defaults.boolForKey(SettingsKeys::VXKeepODQWindowVisible)) {
+    if (state == Qt::ApplicationInactive && isVisible() && !isMinimized() &&
+        !m_defaults.boolForKey(SettingsKeys::VXKeepODQWindowVisible)) {
         m_minimizedOnDeactivation = true;
         showMinimized();
     }
