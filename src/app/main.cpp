@@ -9,10 +9,11 @@
 #include "ui/PrefOV.h"
 #include "ui/VXDocumentController.h"
 #include "ui/VXWindowController.h"
+#include "ui/openQuicklyOV.h"
+#include "ui/openQuicklyPanel.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QFileDialog>
 #include <QTimer>
 
 #include <cstring>
@@ -56,6 +57,31 @@ int answerText(int argc, char **argv)
     return 0;
 }
 
+// For timing the start (bench/startup.sh): quit once the first window's
+// outline has been painted, so the process's run time is "to a shown tree".
+void quitWhenShown(VXDocumentController &documents, bool browser)
+{
+    const auto paintAndQuit = [](QWidget *window, QAbstractItemView *outline) {
+        QTimer::singleShot(0, window, [outline] {
+            outline->viewport()->repaint();
+            QApplication::exit(0);
+        });
+    };
+    if (browser) {
+        QTimer::singleShot(0, qApp, [paintAndQuit] {
+            for (QWidget *window : QApplication::topLevelWidgets()) {
+                if (auto *panel = qobject_cast<openQuicklyPanel *>(window))
+                    paintAndQuit(panel, panel->outlineView());
+            }
+        });
+        return;
+    }
+    QObject::connect(
+        &documents, &VXDocumentController::documentOpened, qApp,
+        [paintAndQuit](VXWindowController *window) { paintAndQuit(window, window->outlineView()); });
+    QObject::connect(&documents, &VXDocumentController::openFailed, qApp, [] { QApplication::exit(1); });
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -75,37 +101,35 @@ int main(int argc, char **argv)
     parser.process(app); // an unknown option is reported and ends the program
     // Before any window exists: every window reads its settings when it is made.
     UserDefaults &defaults = UserDefaults::standardUserDefaults();
-    const std::unique_ptr<openDomain> application = openDomain::launch(
-        {defaults, NotificationCenter::defaultCenter()}, SystemAppearance::current(), QDateTime::currentDateTimeUtc());
+    const std::unique_ptr<openDomain> application =
+        openDomain::launch({defaults, NotificationCenter::defaultCenter()}, SystemAppearance::current(),
+                           QDateTime::currentDateTimeUtc());
     QObject::connect(&app, &QCoreApplication::aboutToQuit, application.get(),
                      [&application] { application->applicationShouldTerminate(); });
     VXDocumentController documents(
         {{PreferencesService::shared(), defaults}, NotificationCenter::defaultCenter()});
 
-    QStringList paths = parser.positionalArguments();
-    if (paths.isEmpty()) {
-        // The domain browser is to be the main window; until then, a file is asked for.
-        paths = QFileDialog::getOpenFileNames(nullptr, QApplication::translate("main", "Open"), QString(),
-                                              VXDocumentController::openFilters().join(QStringLiteral(";;")));
-        if (paths.isEmpty()) {
-            application->applicationShouldTerminate();
-            return 0;
-        }
-    }
-    // For timing the start (bench/startup.sh): quit once the first document's
-    // outline has been painted, so the process's run time is "to a shown tree".
-    if (qEnvironmentVariableIsSet("ORVANE_QUIT_WHEN_SHOWN")) {
-        QObject::connect(&documents, &VXDocumentController::documentOpened, &app, [](VXWindowController *window) {
-            QTimer::singleShot(0, window, [window] {
-                window->outlineView()->viewport()->repaint();
-                QApplication::exit(0);
-            });
-        });
-        QObject::connect(&documents, &VXDocumentController::openFailed, &app, [] { QApplication::exit(1); });
-    }
-    documents.openDocuments(paths);
+    // The browser is made when first asked for: `orvane FILE` shows only the documents.
+    std::unique_ptr<openQuicklyPanel> browser;
+    const auto showBrowser = [&] {
+        if (!browser)
+            browser = std::make_unique<openQuicklyPanel>(*application, documents, defaults,
+                                                         NotificationCenter::defaultCenter());
+        browser->bringForward();
+    };
+    QObject::connect(&documents, &VXDocumentController::domainBrowserRequested, &app, showBrowser);
+
+    const QStringList paths = parser.positionalArguments();
+    if (qEnvironmentVariableIsSet("ORVANE_QUIT_WHEN_SHOWN"))
+        quitWhenShown(documents, paths.isEmpty());
+    if (paths.isEmpty())
+        showBrowser();
+    else
+        documents.openDocuments(paths);
     const int status = QApplication::exec();
     // Settings changed on the way (preferences, "do not ask again") reach the disk.
     defaults.synchronize();
-    return documents.openedAny() ? status : 1; // every file failed, and each has had its dialog
+    browser.reset(); // before the application object it shows
+    // Every file given failed, and each has had its dialog.
+    return paths.isEmpty() || documents.openedAny() ? status : 1;
 }

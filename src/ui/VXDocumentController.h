@@ -47,6 +47,8 @@ public:
 
 signals:
     void documentOpened(VXWindowController *window);
+    // Window › Domain Browser in a document window: the application shows its browser.
+    void domainBrowserRequested();
     void openFailed(const QString &path, const QString &reason);
 
 private:

@@ -210,6 +210,8 @@ void VXWindowController::createApplicationActions()
         makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
     connect(a.getInfo, &QAction::triggered, this,
             [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
+    a.domainBrowser = makeAction(this, tr("&Domain Browser"));
+    connect(a.domainBrowser, &QAction::triggered, m_controller, &VXDocumentController::domainBrowserRequested);
     a.about = makeAction(this, tr("&About Orvane"));
     a.about->setMenuRole(QAction::AboutRole);
     connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
@@ -241,6 +243,8 @@ void VXWindowController::createMenus()
     edit->addAction(a.preferences);
     QMenu *view = menuBar()->addMenu(tr("&View"));
     view->addAction(a.showToolbar);
+    QMenu *window = menuBar()->addMenu(tr("&Window"));
+    window->addAction(a.domainBrowser);
     QMenu *help = menuBar()->addMenu(tr("&Help"));
     help->addActions({a.about, a.aboutQt});
 }

@@ -36,7 +36,7 @@ public:
         QAction *undo, *redo, *deleteItem, *addLeaf, *addGroup, *addArray, *sort, *reload;
         QAction *showToolbar;
         // The application's windows, reached from every document window.
-        QAction *preferences, *getInfo, *about, *aboutQt;
+        QAction *preferences, *getInfo, *about, *aboutQt, *domainBrowser;
         // Takes the keyboard to the filter field; in no menu, named by the field's tooltip.
         QAction *search;
         // The toolbar's own items, enabled by the toolbar's rules.

@@ -1,0 +1,271 @@
+// The browser window's parts: its outline, actions, menus, toolbar and
+// context menu, and the enabling of its commands, which the application
+// object decides.
+#include "openQuicklyPanel.h"
+
+#include "domains/DomainOutlineModel.h"
+#include "domains/openDomain.h"
+#include "ui/AboutPanel.h"
+#include "ui/InfoPanel.h"
+#include "ui/SearchField.h"
+#include "ui/VXDocumentController.h"
+#include "ui/openQuicklyOV.h"
+#include "ui/prefController.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
+#include <QToolBar>
+
+namespace {
+
+using Command = openDomain::Command;
+using ToolbarItem = openDomain::ToolbarItem;
+
+// The desktop's shortcut for key, or fallback where the desktop has none.
+QAction *makeAction(QObject *parent, const QString &title,
+                    QKeySequence::StandardKey key = QKeySequence::UnknownKey,
+                    const QKeySequence &fallback = {})
+{
+    auto *action = new QAction(title, parent);
+    const QList<QKeySequence> keys = QKeySequence::keyBindings(key);
+    action->setShortcuts(keys.isEmpty() && !fallback.isEmpty() ? QList<QKeySequence>{fallback} : keys);
+    return action;
+}
+
+QAction *toolAction(QObject *parent, const QString &title, const char *iconName)
+{
+    auto *action = new QAction(QIcon::fromTheme(QString::fromLatin1(iconName)), title, parent);
+    action->setToolTip(title);
+    return action;
+}
+
+} // namespace
+
+openQuicklyPanel::openQuicklyPanel(openDomain &application, VXDocumentController &documents,
+                                   UserDefaults &defaults, NotificationCenter &center, QWidget *parent)
+    : QMainWindow(parent), m_application(application), m_documents(documents), m_defaults(defaults),
+      m_center(center)
+{
+    setWindowTitle(tr("Domain Browser"));
+    resize(420, 560);
+    application.setScreen(this);
+    m_outline = new openQuicklyOV(application, defaults, center, this);
+    m_outline->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_outline, &QWidget::customContextMenuRequested, this, &openQuicklyPanel::showContextMenu);
+    setCentralWidget(m_outline);
+    createActions();
+    createApplicationActions();
+    createMenus();
+    createToolBar();
+    connect(&application, &openDomain::openRequested, this, [this](const QString &path) {
+        // The registration domain's document knows itself by its file name,
+        // and opens read-only; without tabs every document has its own window.
+        m_documents.openDocument(path);
+    });
+    connect(&application.undoManager(), &UndoManager::changed, this, &openQuicklyPanel::refreshActions);
+    connect(application.selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &openQuicklyPanel::selectionChanged);
+    connect(application.model(), &QAbstractItemModel::modelReset, this, &openQuicklyPanel::refreshActions);
+    connect(qApp, &QApplication::focusChanged, this, &openQuicklyPanel::refreshActions);
+    connect(qApp, &QGuiApplication::applicationStateChanged, this,
+            &openQuicklyPanel::applicationStateChanged);
+    application.selectRow(0);
+    m_outline->setFocus();
+    refreshActions();
+}
+
+openQuicklyPanel::~openQuicklyPanel()
+{
+    m_application.setScreen(nullptr);
+    m_application.disconnect(this);
+    m_application.undoManager().disconnect(this);
+    m_application.selectionModel()->disconnect(this);
+    m_application.model()->disconnect(this);
+    qApp->disconnect(this);
+}
+
+void openQuicklyPanel::createActions()
+{
+    Actions &a = m_actions;
+    openDomain *app = &m_application;
+    a.open = makeAction(this, tr("&Open"), QKeySequence::Open);
+    a.openInNewWindow = makeAction(this, tr("Open In &New Window"));
+    a.openFile = makeAction(this, tr("Open &File…"), QKeySequence::UnknownKey,
+                            QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    a.close = makeAction(this, tr("&Close"), QKeySequence::Close);
+    a.quit = makeAction(this, tr("&Quit"), QKeySequence::Quit);
+    a.undo = makeAction(this, tr("&Undo"), QKeySequence::Undo);
+    a.redo = makeAction(this, tr("&Redo"), QKeySequence::Redo);
+    a.deleteItem = makeAction(this, tr("&Delete"), QKeySequence::Delete);
+    a.paste = makeAction(this, tr("&Paste"));
+    a.reload = makeAction(this, tr("Re&load"), QKeySequence::Refresh, QKeySequence(Qt::Key_F5));
+    a.showToolbar = makeAction(this, tr("Show &Toolbar"));
+    a.showToolbar->setCheckable(true);
+    a.showToolbar->setChecked(true);
+    a.search = makeAction(this, tr("Search Domains"), QKeySequence::Find);
+    addAction(a.search);
+    a.domainBrowser = makeAction(this, tr("&Domain Browser"));
+    a.deleteTool = toolAction(this, tr("Delete"), "edit-delete");
+    a.reloadTool = toolAction(this, tr("Reload"), "view-refresh");
+    a.infoTool = toolAction(this, tr("Info"), "dialog-information");
+
+    connect(a.open, &QAction::triggered, app, &openDomain::openQuickly);
+    connect(a.openInNewWindow, &QAction::triggered, app, &openDomain::openQuicklyInNewWindow);
+    connect(a.openFile, &QAction::triggered, this, [this] { m_documents.runOpenPanel(this); });
+    connect(a.close, &QAction::triggered, this, &QWidget::close);
+    connect(a.quit, &QAction::triggered, &m_documents, &VXDocumentController::quit);
+    connect(a.undo, &QAction::triggered, this, [app] { app->undoManager().undo(); });
+    connect(a.redo, &QAction::triggered, this, [app] { app->undoManager().redo(); });
+    for (QAction *remove : {a.deleteItem, a.deleteTool})
+        connect(remove, &QAction::triggered, app, &openDomain::deleteSelections);
+    for (QAction *reload : {a.reload, a.reloadTool})
+        connect(reload, &QAction::triggered, app, &openDomain::refresh);
+    connect(a.domainBrowser, &QAction::triggered, this, &openQuicklyPanel::bringForward);
+}
+
+void openQuicklyPanel::createApplicationActions()
+{
+    Actions &a = m_actions;
+    a.preferences = makeAction(this, tr("Pr&eferences…"), QKeySequence::Preferences,
+                               QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    a.preferences->setMenuRole(QAction::PreferencesRole);
+    connect(a.preferences, &QAction::triggered, this,
+            [this] { prefController::showPreferences(m_defaults, m_center); });
+    a.getInfo =
+        makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+    for (QAction *info : {a.getInfo, a.infoTool})
+        connect(info, &QAction::triggered, this, &openQuicklyPanel::getInfo);
+    a.about = makeAction(this, tr("&About Orvane"));
+    a.about->setMenuRole(QAction::AboutRole);
+    connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
+    a.aboutQt = makeAction(this, tr("About &Qt"));
+    a.aboutQt->setMenuRole(QAction::AboutQtRole);
+    connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
+}
+
+void openQuicklyPanel::createMenus()
+{
+    const Actions &a = m_actions;
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    file->addActions({a.open, a.openFile, a.close});
+    file->addSeparator();
+    file->addAction(a.getInfo);
+    file->addSeparator();
+    file->addAction(a.quit);
+    QMenu *edit = menuBar()->addMenu(tr("&Edit"));
+    edit->addActions({a.undo, a.redo});
+    edit->addSeparator();
+    edit->addAction(a.deleteItem);
+    edit->addSeparator();
+    edit->addAction(a.reload);
+    edit->addSeparator();
+    edit->addAction(a.preferences);
+    QMenu *view = menuBar()->addMenu(tr("&View"));
+    view->addAction(a.showToolbar);
+    QMenu *window = menuBar()->addMenu(tr("&Window"));
+    window->addAction(a.domainBrowser);
+    QMenu *help = menuBar()->addMenu(tr("&Help"));
+    help->addActions({a.about, a.aboutQt});
+}
+
+void openQuicklyPanel::createToolBar()
+{
+    m_toolBar = new QToolBar(tr("Toolbar"), this);
+    m_toolBar->setObjectName(QStringLiteral("browserToolbar"));
+    m_toolBar->setMovable(false);
+    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    m_toolBar->addActions({m_actions.infoTool, m_actions.deleteTool, m_actions.reloadTool});
+    auto *spring = new QWidget(m_toolBar);
+    spring->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    m_toolBar->addWidget(spring);
+    m_searchField = new SearchField(m_toolBar);
+    m_searchField->setPlaceholderText(tr("Search Domains"));
+    m_searchField->setMinimumWidth(132);
+    m_searchField->setMaximumWidth(200);
+    m_searchField->setToolTip(tr("Show only the domains whose name holds this text (%1)")
+                                  .arg(m_actions.search->shortcut().toString(QKeySequence::NativeText)));
+    m_searchField->installEventFilter(this);
+    m_toolBar->addWidget(m_searchField);
+    addToolBar(m_toolBar);
+    connect(m_actions.search, &QAction::triggered, m_searchField, [field = m_searchField] {
+        field->setFocus(Qt::ShortcutFocusReason);
+        field->selectAll();
+    });
+    connect(m_actions.showToolbar, &QAction::toggled, m_toolBar, &QToolBar::setVisible);
+    connect(m_toolBar, &QToolBar::visibilityChanged, m_actions.showToolbar, [this](bool visible) {
+        // Hiding the window hides the toolbar too; only the user's choice counts.
+        if (isVisible())
+            m_actions.showToolbar->setChecked(visible);
+    });
+    connect(m_searchField, &SearchField::searchRequested, &m_application, &openDomain::searchDomains);
+    connect(m_searchField, &SearchField::searchCanceled, &m_application, &openDomain::searchCancel);
+    connect(&m_application, &openDomain::searchTextCleared, m_searchField, &QLineEdit::clear);
+}
+
+void openQuicklyPanel::showContextMenu(const QPoint &at)
+{
+    refreshActions();
+    const Actions &a = m_actions;
+    QMenu menu(this);
+    menu.setTitle(tr("ContextMenu"));
+    menu.addAction(a.open);
+    if (a.openInNewWindow->isEnabled())
+        menu.addAction(a.openInNewWindow);
+    menu.addAction(a.getInfo);
+    menu.addSeparator();
+    menu.addAction(a.paste);
+    menu.addAction(a.deleteItem);
+    menu.addSeparator();
+    menu.addAction(a.showToolbar);
+    menu.exec(m_outline->viewport()->mapToGlobal(at));
+}
+
+void openQuicklyPanel::refreshActions()
+{
+    const openDomain &app = m_application;
+    Actions &a = m_actions;
+    UndoManager &undo = m_application.undoManager();
+    a.undo->setText(undo.undoMenuItemTitle());
+    a.redo->setText(undo.redoMenuItemTitle());
+    a.undo->setEnabled(undo.canUndo());
+    a.redo->setEnabled(undo.canRedo());
+    a.open->setEnabled(app.validateCommand(Command::Open));
+    a.openInNewWindow->setEnabled(app.validateCommand(Command::OpenInNewWindow));
+    a.getInfo->setEnabled(app.validateCommand(Command::GetInfo));
+    a.deleteItem->setEnabled(app.validateCommand(Command::Delete));
+    a.paste->setEnabled(app.validateCommand(Command::Paste));
+    a.deleteTool->setEnabled(app.validateToolbarItem(ToolbarItem::DeleteItem));
+    a.reloadTool->setEnabled(app.validateToolbarItem(ToolbarItem::Reload));
+    a.infoTool->setEnabled(app.validateToolbarItem(ToolbarItem::GetInfo));
+}
+
+void openQuicklyPanel::selectionChanged()
+{
+    refreshActions();
+    InfoPanel::getPrefInfoIfOpen(m_application.selectedPaths());
+}
+
+void openQuicklyPanel::getInfo()
+{
+    const QStringList paths = m_application.selectedPaths();
+    if (!paths.isEmpty())
+        InfoPanel::getInfoForFiles(paths);
+}
+
+bool openQuicklyPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    // Down and Return in the search field go on to what it found, so that a
+    // search, a choice and opening it need no mouse.
+    if (watched == m_searchField && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Down || key == Qt::Key_Return || key == Qt::Key_Enter) {
+            if (!m_application.selectionModel()->hasSelection())
+                m_application.selectRow(0);
+            m_outline->setFocus(Qt::TabFocusReason);
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
