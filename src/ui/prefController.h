@@ -16,8 +16,8 @@ namespace Ui {
 class prefs;
 }
 
-// The preferences window: Options (warnings, windows) and Colors and Fonts
-// (the list's and the tab bar's colours and fonts). Every control writes its
+// The preferences window: Options (warnings, windows) and Colors (the list's
+// and the tab bar's colours and fonts). Every control writes its
 // setting at once and announces it; the window follows changes made elsewhere
 // (a sheet's "do not ask again" box, a reset) by reading the settings again
 // whenever one is announced by somebody else.
