@@ -12,6 +12,7 @@
 #include "ui/SearchField.h"
 #include "ui/VXDocumentController.h"
 #include "ui/prefController.h"
+#include "ui/WindowActions.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -24,29 +25,6 @@
 #include <QStatusBar>
 #include <QToolBar>
 #include <QVBoxLayout>
-
-namespace {
-
-// The desktop's shortcut for key, or fallback where the desktop has none (a
-// plain X11 session knows no Save As key).
-QAction *makeAction(QObject *parent, const QString &title,
-                    QKeySequence::StandardKey key = QKeySequence::UnknownKey,
-                    const QKeySequence &fallback = {})
-{
-    auto *action = new QAction(title, parent);
-    const QList<QKeySequence> keys = QKeySequence::keyBindings(key);
-    action->setShortcuts(keys.isEmpty() && !fallback.isEmpty() ? QList<QKeySequence>{fallback} : keys);
-    return action;
-}
-
-QAction *toolAction(QObject *parent, const QString &title, const char *iconName)
-{
-    auto *action = new QAction(QIcon::fromTheme(QString::fromLatin1(iconName)), title, parent);
-    action->setToolTip(title);
-    return action;
-}
-
-} // namespace
 
 VXWindowController::VXWindowController(plistDocument *document, VXDocumentController *controller,
                                        QWidget *parent)
@@ -155,28 +133,28 @@ void VXWindowController::createNotices()
 void VXWindowController::createActions()
 {
     Actions &a = m_actions;
-    a.open = makeAction(this, tr("&Open…"), QKeySequence::Open);
-    a.close = makeAction(this, tr("&Close"), QKeySequence::Close);
-    a.save = makeAction(this, tr("&Save"), QKeySequence::Save);
-    a.saveAs = makeAction(this, tr("Save &As…"), QKeySequence::SaveAs,
+    a.open = WindowActions::make(this, tr("&Open…"), QKeySequence::Open);
+    a.close = WindowActions::make(this, tr("&Close"), QKeySequence::Close);
+    a.save = WindowActions::make(this, tr("&Save"), QKeySequence::Save);
+    a.saveAs = WindowActions::make(this, tr("Save &As…"), QKeySequence::SaveAs,
                           QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
-    a.revert = makeAction(this, tr("&Revert to Saved"));
-    a.quit = makeAction(this, tr("&Quit"), QKeySequence::Quit);
-    a.undo = makeAction(this, tr("&Undo"), QKeySequence::Undo);
-    a.redo = makeAction(this, tr("&Redo"), QKeySequence::Redo);
-    a.deleteItem = makeAction(this, tr("&Delete"), QKeySequence::Delete);
-    a.addLeaf = toolAction(this, tr("New &Key"), "list-add");
-    a.addGroup = toolAction(this, tr("New &Dictionary"), "folder-new");
-    a.addArray = toolAction(this, tr("New &Array"), "view-list-details");
-    a.sort = makeAction(this, tr("S&ort"));
-    a.reload = makeAction(this, tr("Re&load"), QKeySequence::Refresh);
-    a.showToolbar = makeAction(this, tr("Show &Toolbar"));
+    a.revert = WindowActions::make(this, tr("&Revert to Saved"));
+    a.quit = WindowActions::make(this, tr("&Quit"), QKeySequence::Quit);
+    a.undo = WindowActions::make(this, tr("&Undo"), QKeySequence::Undo);
+    a.redo = WindowActions::make(this, tr("&Redo"), QKeySequence::Redo);
+    a.deleteItem = WindowActions::make(this, tr("&Delete"), QKeySequence::Delete);
+    a.addLeaf = WindowActions::tool(this, tr("New &Key"), "list-add");
+    a.addGroup = WindowActions::tool(this, tr("New &Dictionary"), "folder-new");
+    a.addArray = WindowActions::tool(this, tr("New &Array"), "view-list-details");
+    a.sort = WindowActions::make(this, tr("S&ort"));
+    a.reload = WindowActions::make(this, tr("Re&load"), QKeySequence::Refresh);
+    a.showToolbar = WindowActions::make(this, tr("Show &Toolbar"));
     a.showToolbar->setCheckable(true);
     a.showToolbar->setChecked(true);
-    a.search = makeAction(this, tr("Search"), QKeySequence::Find);
+    a.search = WindowActions::make(this, tr("Search"), QKeySequence::Find);
     addAction(a.search);
-    a.deleteTool = toolAction(this, tr("Delete"), "edit-delete");
-    a.reloadTool = toolAction(this, tr("Reload"), "view-refresh");
+    a.deleteTool = WindowActions::tool(this, tr("Delete"), "edit-delete");
+    a.reloadTool = WindowActions::tool(this, tr("Reload"), "view-refresh");
 
     connect(a.open, &QAction::triggered, this, [this] { m_controller->runOpenPanel(this); });
     connect(a.close, &QAction::triggered, this, &QWidget::close);
@@ -199,7 +177,7 @@ void VXWindowController::createActions()
 void VXWindowController::createApplicationActions()
 {
     Actions &a = m_actions;
-    a.preferences = makeAction(this, tr("Pr&eferences…"), QKeySequence::Preferences,
+    a.preferences = WindowActions::make(this, tr("Pr&eferences…"), QKeySequence::Preferences,
                                QKeySequence(Qt::CTRL | Qt::Key_Comma));
     a.preferences->setMenuRole(QAction::PreferencesRole);
     connect(a.preferences, &QAction::triggered, this, [this] {
@@ -207,15 +185,15 @@ void VXWindowController::createApplicationActions()
         prefController::showPreferences(services.store.defaults, services.center);
     });
     a.getInfo =
-        makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+        WindowActions::make(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
     connect(a.getInfo, &QAction::triggered, this,
             [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
-    a.domainBrowser = makeAction(this, tr("&Domain Browser"));
+    a.domainBrowser = WindowActions::make(this, tr("&Domain Browser"));
     connect(a.domainBrowser, &QAction::triggered, m_controller, &VXDocumentController::domainBrowserRequested);
-    a.about = makeAction(this, tr("&About Orvane"));
+    a.about = WindowActions::make(this, tr("&About Orvane"));
     a.about->setMenuRole(QAction::AboutRole);
     connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
-    a.aboutQt = makeAction(this, tr("About &Qt"));
+    a.aboutQt = WindowActions::make(this, tr("About &Qt"));
     a.aboutQt->setMenuRole(QAction::AboutQtRole);
     connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
 }

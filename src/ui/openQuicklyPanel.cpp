@@ -11,6 +11,7 @@
 #include "ui/VXDocumentController.h"
 #include "ui/openQuicklyOV.h"
 #include "ui/prefController.h"
+#include "ui/WindowActions.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -22,24 +23,6 @@ namespace {
 
 using Command = openDomain::Command;
 using ToolbarItem = openDomain::ToolbarItem;
-
-// The desktop's shortcut for key, or fallback where the desktop has none.
-QAction *makeAction(QObject *parent, const QString &title,
-                    QKeySequence::StandardKey key = QKeySequence::UnknownKey,
-                    const QKeySequence &fallback = {})
-{
-    auto *action = new QAction(title, parent);
-    const QList<QKeySequence> keys = QKeySequence::keyBindings(key);
-    action->setShortcuts(keys.isEmpty() && !fallback.isEmpty() ? QList<QKeySequence>{fallback} : keys);
-    return action;
-}
-
-QAction *toolAction(QObject *parent, const QString &title, const char *iconName)
-{
-    auto *action = new QAction(QIcon::fromTheme(QString::fromLatin1(iconName)), title, parent);
-    action->setToolTip(title);
-    return action;
-}
 
 } // namespace
 
@@ -90,26 +73,26 @@ void openQuicklyPanel::createActions()
 {
     Actions &a = m_actions;
     openDomain *app = &m_application;
-    a.open = makeAction(this, tr("&Open"), QKeySequence::Open);
-    a.openInNewWindow = makeAction(this, tr("Open In &New Window"));
-    a.openFile = makeAction(this, tr("Open &File…"), QKeySequence::UnknownKey,
+    a.open = WindowActions::make(this, tr("&Open"), QKeySequence::Open);
+    a.openInNewWindow = WindowActions::make(this, tr("Open In &New Window"));
+    a.openFile = WindowActions::make(this, tr("Open &File…"), QKeySequence::UnknownKey,
                             QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
-    a.close = makeAction(this, tr("&Close"), QKeySequence::Close);
-    a.quit = makeAction(this, tr("&Quit"), QKeySequence::Quit);
-    a.undo = makeAction(this, tr("&Undo"), QKeySequence::Undo);
-    a.redo = makeAction(this, tr("&Redo"), QKeySequence::Redo);
-    a.deleteItem = makeAction(this, tr("&Delete"), QKeySequence::Delete);
-    a.paste = makeAction(this, tr("&Paste"));
-    a.reload = makeAction(this, tr("Re&load"), QKeySequence::Refresh, QKeySequence(Qt::Key_F5));
-    a.showToolbar = makeAction(this, tr("Show &Toolbar"));
+    a.close = WindowActions::make(this, tr("&Close"), QKeySequence::Close);
+    a.quit = WindowActions::make(this, tr("&Quit"), QKeySequence::Quit);
+    a.undo = WindowActions::make(this, tr("&Undo"), QKeySequence::Undo);
+    a.redo = WindowActions::make(this, tr("&Redo"), QKeySequence::Redo);
+    a.deleteItem = WindowActions::make(this, tr("&Delete"), QKeySequence::Delete);
+    a.paste = WindowActions::make(this, tr("&Paste"));
+    a.reload = WindowActions::make(this, tr("Re&load"), QKeySequence::Refresh, QKeySequence(Qt::Key_F5));
+    a.showToolbar = WindowActions::make(this, tr("Show &Toolbar"));
     a.showToolbar->setCheckable(true);
     a.showToolbar->setChecked(true);
-    a.search = makeAction(this, tr("Search Domains"), QKeySequence::Find);
+    a.search = WindowActions::make(this, tr("Search Domains"), QKeySequence::Find);
     addAction(a.search);
-    a.domainBrowser = makeAction(this, tr("&Domain Browser"));
-    a.deleteTool = toolAction(this, tr("Delete"), "edit-delete");
-    a.reloadTool = toolAction(this, tr("Reload"), "view-refresh");
-    a.infoTool = toolAction(this, tr("Info"), "dialog-information");
+    a.domainBrowser = WindowActions::make(this, tr("&Domain Browser"));
+    a.deleteTool = WindowActions::tool(this, tr("Delete"), "edit-delete");
+    a.reloadTool = WindowActions::tool(this, tr("Reload"), "view-refresh");
+    a.infoTool = WindowActions::tool(this, tr("Info"), "dialog-information");
 
     connect(a.open, &QAction::triggered, app, &openDomain::openQuickly);
     connect(a.openInNewWindow, &QAction::triggered, app, &openDomain::openQuicklyInNewWindow);
@@ -128,19 +111,19 @@ void openQuicklyPanel::createActions()
 void openQuicklyPanel::createApplicationActions()
 {
     Actions &a = m_actions;
-    a.preferences = makeAction(this, tr("Pr&eferences…"), QKeySequence::Preferences,
+    a.preferences = WindowActions::make(this, tr("Pr&eferences…"), QKeySequence::Preferences,
                                QKeySequence(Qt::CTRL | Qt::Key_Comma));
     a.preferences->setMenuRole(QAction::PreferencesRole);
     connect(a.preferences, &QAction::triggered, this,
             [this] { prefController::showPreferences(m_defaults, m_center); });
     a.getInfo =
-        makeAction(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+        WindowActions::make(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
     for (QAction *info : {a.getInfo, a.infoTool})
         connect(info, &QAction::triggered, this, &openQuicklyPanel::getInfo);
-    a.about = makeAction(this, tr("&About Orvane"));
+    a.about = WindowActions::make(this, tr("&About Orvane"));
     a.about->setMenuRole(QAction::AboutRole);
     connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
-    a.aboutQt = makeAction(this, tr("About &Qt"));
+    a.aboutQt = WindowActions::make(this, tr("About &Qt"));
     a.aboutQt->setMenuRole(QAction::AboutQtRole);
     connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
 }
