@@ -5,11 +5,9 @@
 #include "document/OutlineModel.h"
 #include "domains/SettingsKeys.h"
 #include "model/OutlineRows.h"
+#include "model/RowSelection.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
-
-#include <algorithm>
-#include <numeric>
 
 plistDocument::plistDocument(const Services &services, QObject *parent)
     : QObject(parent)
@@ -81,33 +79,11 @@ PListNodePtr plistDocument::sharedNode(const PListNode *node) const
 
 // ---- selection --------------------------------------------------------------------
 
-namespace {
-
-// The rows from the top level down to an index, for ordering indexes as the outline shows them.
-QList<int> pathOf(QModelIndex index)
-{
-    QList<int> path;
-    for (; index.isValid(); index = index.parent())
-        path.prepend(index.row());
-    return path;
-}
-
-} // namespace
-
 QList<PListNodePtr> plistDocument::selectedNodes() const
 {
-    QModelIndexList rows = m_selection->selectedRows(OutlineModel::KeyColumn);
-    QList<QList<int>> paths;
-    paths.reserve(rows.size());
-    for (const QModelIndex &row : rows)
-        paths.append(pathOf(row));
-    QList<qsizetype> order(rows.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [&paths](qsizetype a, qsizetype b) { return paths[a] < paths[b]; });
     QList<PListNodePtr> nodes;
-    nodes.reserve(rows.size());
-    for (const qsizetype i : order) {
-        if (PListNodePtr node = sharedNode(m_model->nodeAt(rows[i])))
+    for (const QModelIndex &row : RowSelection::inOutlineOrder(*m_selection, OutlineModel::KeyColumn)) {
+        if (PListNodePtr node = sharedNode(m_model->nodeAt(row)))
             nodes.append(std::move(node));
     }
     return nodes;
@@ -131,30 +107,17 @@ QList<PListNodePtr> plistDocument::searchedItems() const
 
 void plistDocument::selectNodes(const QList<PListNodePtr> &nodes, bool extending)
 {
-    QItemSelection selection;
-    for (const PListNodePtr &node : nodes) {
-        const QModelIndex index = m_model->indexOf(node.get());
-        if (index.isValid())
-            selection.select(index, index);
-    }
-    const auto flags = QItemSelectionModel::Rows
-        | (extending ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect);
-    m_selection->select(selection, flags);
-    if (!selection.isEmpty())
-        m_selection->setCurrentIndex(selection.first().topLeft(), QItemSelectionModel::NoUpdate);
+    QModelIndexList indexes;
+    for (const PListNodePtr &node : nodes)
+        indexes.append(m_model->indexOf(node.get()));
+    RowSelection::select(*m_selection, indexes, extending);
 }
 
 void plistDocument::deselectAll() { m_selection->clearSelection(); }
 
 void plistDocument::selectRow(int row)
 {
-    PListNode *node = nodeAtRow(row);
-    if (!node) {
-        deselectAll();
-        return;
-    }
-    const QModelIndex index = m_model->indexOf(node);
-    m_selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    RowSelection::selectOnly(*m_selection, m_model->indexOf(nodeAtRow(row)));
 }
 
 // ---- rows -------------------------------------------------------------------------------

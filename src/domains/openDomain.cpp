@@ -4,6 +4,7 @@
 
 #include "domains/ApplicationSettings.h"
 #include "model/OutlineRows.h"
+#include "model/RowSelection.h"
 #include "domains/DomainOutlineModel.h"
 #include "domains/PathText.h"
 #include "domains/SettingsKeys.h"
@@ -16,7 +17,6 @@
 #include <QFileInfo>
 #include <QSet>
 
-#include <algorithm>
 
 namespace {
 
@@ -191,19 +191,6 @@ openNodePtr openDomain::fullDomainTree()
 
 // ---- selection --------------------------------------------------------------------
 
-namespace {
-
-// The rows from the top level down to an index, for ordering indexes as the outline shows them.
-QList<int> pathOf(QModelIndex index)
-{
-    QList<int> path;
-    for (; index.isValid(); index = index.parent())
-        path.prepend(index.row());
-    return path;
-}
-
-} // namespace
-
 openNodePtr openDomain::sharedNode(const openNode *node) const
 {
     if (!node)
@@ -218,12 +205,8 @@ openNodePtr openDomain::sharedNode(const openNode *node) const
 
 QList<openNodePtr> openDomain::selectedNodes() const
 {
-    QModelIndexList rows = m_selection->selectedRows();
-    std::sort(rows.begin(), rows.end(),
-              [](const QModelIndex &a, const QModelIndex &b) { return pathOf(a) < pathOf(b); });
     QList<openNodePtr> nodes;
-    nodes.reserve(rows.size());
-    for (const QModelIndex &row : std::as_const(rows)) {
+    for (const QModelIndex &row : RowSelection::inOutlineOrder(*m_selection)) {
         if (openNodePtr node = sharedNode(m_model->nodeAt(row)))
             nodes.append(std::move(node));
     }
@@ -240,27 +223,15 @@ QStringList openDomain::selectedPaths() const
 
 void openDomain::selectNodes(const QList<openNodePtr> &nodes, bool extending)
 {
-    QItemSelection selection;
-    for (const openNodePtr &node : nodes) {
-        const QModelIndex index = m_model->indexOf(node.get());
-        if (index.isValid())
-            selection.select(index, index);
-    }
-    const auto flags = QItemSelectionModel::Rows
-        | (extending ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect);
-    m_selection->select(selection, flags);
-    if (!selection.isEmpty())
-        m_selection->setCurrentIndex(selection.first().topLeft(), QItemSelectionModel::NoUpdate);
+    QModelIndexList indexes;
+    for (const openNodePtr &node : nodes)
+        indexes.append(m_model->indexOf(node.get()));
+    RowSelection::select(*m_selection, indexes, extending);
 }
 
 void openDomain::selectRow(int row)
 {
-    const QModelIndex index = m_model->indexOf(nodeAtRow(row));
-    if (!index.isValid()) {
-        m_selection->clearSelection();
-        return;
-    }
-    m_selection->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    RowSelection::selectOnly(*m_selection, m_model->indexOf(nodeAtRow(row)));
 }
 
 // ---- rows -------------------------------------------------------------------------------
