@@ -17,7 +17,6 @@
 #include <QFileInfo>
 #include <QSet>
 
-
 namespace {
 
 const QString kPlistExtension = QStringLiteral("plist");
