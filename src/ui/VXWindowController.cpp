@@ -3,7 +3,6 @@
 #include "VXWindowController.h"
 
 #include "document/plistDocument.h"
-#include "ui/AboutPanel.h"
 #include "ui/ClassPopUpDelegate.h"
 #include "ui/InfoPanel.h"
 #include "ui/NoticeBar.h"
@@ -137,7 +136,7 @@ void VXWindowController::createActions()
     a.close = WindowActions::make(this, tr("&Close"), QKeySequence::Close);
     a.save = WindowActions::make(this, tr("&Save"), QKeySequence::Save);
     a.saveAs = WindowActions::make(this, tr("Save &As…"), QKeySequence::SaveAs,
-                          QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+                                   QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     a.revert = WindowActions::make(this, tr("&Revert to Saved"));
     a.quit = WindowActions::make(this, tr("&Quit"), QKeySequence::Quit);
     a.undo = WindowActions::make(this, tr("&Undo"), QKeySequence::Undo);
@@ -177,25 +176,13 @@ void VXWindowController::createActions()
 void VXWindowController::createApplicationActions()
 {
     Actions &a = m_actions;
-    a.preferences = WindowActions::make(this, tr("Pr&eferences…"), QKeySequence::Preferences,
-                               QKeySequence(Qt::CTRL | Qt::Key_Comma));
-    a.preferences->setMenuRole(QAction::PreferencesRole);
-    connect(a.preferences, &QAction::triggered, this, [this] {
+    static_cast<WindowActions::ApplicationActions &>(a) = WindowActions::makeApplicationActions(this, [this] {
         const plistDocument::Services &services = m_document->services();
         prefController::showPreferences(services.store.defaults, services.center);
     });
-    a.getInfo =
-        WindowActions::make(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
     connect(a.getInfo, &QAction::triggered, this,
             [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
-    a.domainBrowser = WindowActions::make(this, tr("&Domain Browser"));
     connect(a.domainBrowser, &QAction::triggered, m_controller, &VXDocumentController::domainBrowserRequested);
-    a.about = WindowActions::make(this, tr("&About Orvane"));
-    a.about->setMenuRole(QAction::AboutRole);
-    connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
-    a.aboutQt = WindowActions::make(this, tr("About &Qt"));
-    a.aboutQt->setMenuRole(QAction::AboutQtRole);
-    connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
 }
 
 void VXWindowController::createMenus()
@@ -219,12 +206,7 @@ void VXWindowController::createMenus()
     edit->addActions({a.sort, a.reload});
     edit->addSeparator();
     edit->addAction(a.preferences);
-    QMenu *view = menuBar()->addMenu(tr("&View"));
-    view->addAction(a.showToolbar);
-    QMenu *window = menuBar()->addMenu(tr("&Window"));
-    window->addAction(a.domainBrowser);
-    QMenu *help = menuBar()->addMenu(tr("&Help"));
-    help->addActions({a.about, a.aboutQt});
+    WindowActions::addApplicationMenus(menuBar(), a, a.showToolbar);
 }
 
 void VXWindowController::createToolBar()

@@ -2,6 +2,7 @@
 
 #include "document/DocumentScreen.h"
 #include "platform/PropertyListSerialization.h"
+#include "ui/WindowActions.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -31,12 +32,11 @@ class plistDocument;
 class VXWindowController : public QMainWindow, public DocumentScreen {
     Q_OBJECT
 public:
-    struct Actions {
+    // With the application's windows, reached from every document window.
+    struct Actions : WindowActions::ApplicationActions {
         QAction *open, *close, *save, *saveAs, *revert, *quit;
         QAction *undo, *redo, *deleteItem, *addLeaf, *addGroup, *addArray, *sort, *reload;
         QAction *showToolbar;
-        // The application's windows, reached from every document window.
-        QAction *preferences, *getInfo, *about, *aboutQt, *domainBrowser;
         // Takes the keyboard to the filter field; in no menu, named by the field's tooltip.
         QAction *search;
         // The toolbar's own items, enabled by the toolbar's rules.

@@ -1,7 +1,11 @@
 #include "WindowActions.h"
 
+#include "ui/AboutPanel.h"
+
 #include <QAction>
+#include <QApplication>
 #include <QIcon>
+#include <QMenuBar>
 
 namespace WindowActions {
 
@@ -18,6 +22,32 @@ QAction *tool(QObject *parent, const QString &title, const char *iconName)
     auto *action = new QAction(QIcon::fromTheme(QString::fromLatin1(iconName)), title, parent);
     action->setToolTip(title);
     return action;
+}
+
+ApplicationActions makeApplicationActions(QWidget *window, const std::function<void()> &showPreferences)
+{
+    ApplicationActions a;
+    a.preferences = make(window, QApplication::translate("WindowActions", "Pr&eferences…"),
+                         QKeySequence::Preferences, QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    a.preferences->setMenuRole(QAction::PreferencesRole);
+    QObject::connect(a.preferences, &QAction::triggered, window, showPreferences);
+    a.getInfo = make(window, QApplication::translate("WindowActions", "Get &Info"), QKeySequence::UnknownKey,
+                     QKeySequence(Qt::CTRL | Qt::Key_I));
+    a.domainBrowser = make(window, QApplication::translate("WindowActions", "&Domain Browser"));
+    a.about = make(window, QApplication::translate("WindowActions", "&About Orvane"));
+    a.about->setMenuRole(QAction::AboutRole);
+    QObject::connect(a.about, &QAction::triggered, window, [window] { AboutPanel::showAbout(window); });
+    a.aboutQt = make(window, QApplication::translate("WindowActions", "About &Qt"));
+    a.aboutQt->setMenuRole(QAction::AboutQtRole);
+    QObject::connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
+    return a;
+}
+
+void addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar)
+{
+    menuBar->addMenu(QApplication::translate("WindowActions", "&View"))->addAction(showToolbar);
+    menuBar->addMenu(QApplication::translate("WindowActions", "&Window"))->addAction(actions.domainBrowser);
+    menuBar->addMenu(QApplication::translate("WindowActions", "&Help"))->addActions({actions.about, actions.aboutQt});
 }
 
 } // namespace WindowActions

@@ -2,9 +2,13 @@
 
 #include <QKeySequence>
 
+#include <functional>
+
 class QAction;
+class QMenuBar;
 class QObject;
 class QString;
+class QWidget;
 
 // How the windows make their menu and toolbar actions.
 namespace WindowActions {
@@ -15,5 +19,15 @@ QAction *make(QObject *parent, const QString &title, QKeySequence::StandardKey k
               const QKeySequence &fallback = {});
 // A toolbar item with the theme's icon of that name and its title as tooltip.
 QAction *tool(QObject *parent, const QString &title, const char *iconName);
+
+// What every window offers of the application as a whole. Preferences and the
+// about panels act alike everywhere; Get Info and Domain Browser are the
+// window's to connect, since what they mean depends on it.
+struct ApplicationActions {
+    QAction *preferences, *getInfo, *about, *aboutQt, *domainBrowser;
+};
+ApplicationActions makeApplicationActions(QWidget *window, const std::function<void()> &showPreferences);
+// The menus after a window's own File and Edit: View with showToolbar, Window, Help.
+void addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar);
 
 } // namespace WindowActions

@@ -5,7 +5,6 @@
 
 #include "domains/DomainOutlineModel.h"
 #include "domains/openDomain.h"
-#include "ui/AboutPanel.h"
 #include "ui/InfoPanel.h"
 #include "ui/SearchField.h"
 #include "ui/VXDocumentController.h"
@@ -76,7 +75,7 @@ void openQuicklyPanel::createActions()
     a.open = WindowActions::make(this, tr("&Open"), QKeySequence::Open);
     a.openInNewWindow = WindowActions::make(this, tr("Open In &New Window"));
     a.openFile = WindowActions::make(this, tr("Open &File…"), QKeySequence::UnknownKey,
-                            QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+                                     QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
     a.close = WindowActions::make(this, tr("&Close"), QKeySequence::Close);
     a.quit = WindowActions::make(this, tr("&Quit"), QKeySequence::Quit);
     a.undo = WindowActions::make(this, tr("&Undo"), QKeySequence::Undo);
@@ -89,7 +88,6 @@ void openQuicklyPanel::createActions()
     a.showToolbar->setChecked(true);
     a.search = WindowActions::make(this, tr("Search Domains"), QKeySequence::Find);
     addAction(a.search);
-    a.domainBrowser = WindowActions::make(this, tr("&Domain Browser"));
     a.deleteTool = WindowActions::tool(this, tr("Delete"), "edit-delete");
     a.reloadTool = WindowActions::tool(this, tr("Reload"), "view-refresh");
     a.infoTool = WindowActions::tool(this, tr("Info"), "dialog-information");
@@ -105,27 +103,16 @@ void openQuicklyPanel::createActions()
         connect(remove, &QAction::triggered, app, &openDomain::deleteSelections);
     for (QAction *reload : {a.reload, a.reloadTool})
         connect(reload, &QAction::triggered, app, &openDomain::refresh);
-    connect(a.domainBrowser, &QAction::triggered, this, &openQuicklyPanel::bringForward);
 }
 
 void openQuicklyPanel::createApplicationActions()
 {
     Actions &a = m_actions;
-    a.preferences = WindowActions::make(this, tr("Pr&eferences…"), QKeySequence::Preferences,
-                               QKeySequence(Qt::CTRL | Qt::Key_Comma));
-    a.preferences->setMenuRole(QAction::PreferencesRole);
-    connect(a.preferences, &QAction::triggered, this,
-            [this] { prefController::showPreferences(m_defaults, m_center); });
-    a.getInfo =
-        WindowActions::make(this, tr("Get &Info"), QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::Key_I));
+    static_cast<WindowActions::ApplicationActions &>(a) = WindowActions::makeApplicationActions(
+        this, [this] { prefController::showPreferences(m_defaults, m_center); });
     for (QAction *info : {a.getInfo, a.infoTool})
         connect(info, &QAction::triggered, this, &openQuicklyPanel::getInfo);
-    a.about = WindowActions::make(this, tr("&About Orvane"));
-    a.about->setMenuRole(QAction::AboutRole);
-    connect(a.about, &QAction::triggered, this, [this] { AboutPanel::showAbout(this); });
-    a.aboutQt = WindowActions::make(this, tr("About &Qt"));
-    a.aboutQt->setMenuRole(QAction::AboutQtRole);
-    connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
+    connect(a.domainBrowser, &QAction::triggered, this, &openQuicklyPanel::bringForward);
 }
 
 void openQuicklyPanel::createMenus()
@@ -145,12 +132,7 @@ void openQuicklyPanel::createMenus()
     edit->addAction(a.reload);
     edit->addSeparator();
     edit->addAction(a.preferences);
-    QMenu *view = menuBar()->addMenu(tr("&View"));
-    view->addAction(a.showToolbar);
-    QMenu *window = menuBar()->addMenu(tr("&Window"));
-    window->addAction(a.domainBrowser);
-    QMenu *help = menuBar()->addMenu(tr("&Help"));
-    help->addActions({a.about, a.aboutQt});
+    WindowActions::addApplicationMenus(menuBar(), a, a.showToolbar);
 }
 
 void openQuicklyPanel::createToolBar()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "domains/BrowserScreen.h"
+#include "ui/WindowActions.h"
 
 #include <QMainWindow>
 
@@ -23,11 +24,11 @@ class openQuicklyOV;
 class openQuicklyPanel : public QMainWindow, public BrowserScreen {
     Q_OBJECT
 public:
-    struct Actions {
+    // With the application's windows, as in every document window.
+    struct Actions : WindowActions::ApplicationActions {
         QAction *open, *openInNewWindow, *openFile, *close, *quit;
         QAction *undo, *redo, *deleteItem, *paste, *reload;
-        QAction *showToolbar, *search, *domainBrowser;
-        QAction *preferences, *getInfo, *about, *aboutQt;
+        QAction *showToolbar, *search;
         // The toolbar's own items, enabled by the toolbar's rules.
         QAction *deleteTool, *reloadTool, *infoTool;
     };
