@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRect>
 #include <QString>
 
 #include <functional>
@@ -34,4 +35,8 @@ public:
     virtual bool isShowingDocument() const = 0;
     // Gives the outline the keyboard once the current event is over.
     virtual void focusOutlineLater() = 0;
+    // The part of the outline's rows in view, in the coordinates of all its
+    // rows; a screen that does not scroll has none.
+    virtual QRect visibleRect() const { return {}; }
+    virtual void scrollRectToVisible(const QRect &) {}
 };

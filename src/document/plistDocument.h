@@ -10,6 +10,9 @@
 #include <QDateTime>
 #include <QItemSelectionModel>
 #include <QObject>
+#include <QRect>
+
+#include <optional>
 
 class NotificationCenter;
 class OutlineModel;
@@ -110,6 +113,24 @@ public:
     int rowForNode(const PListNode *node) const;
     PListNode *nodeAtRow(int row) const;
 
+    // ---- view state, kept while another document has the window ----
+    // What the window shows of this document: selection, expanded rows, scroll position.
+    struct ViewState {
+        QList<PListNodePtr> selectedNodes;
+        QList<PListNodePtr> expandedNodes; // in row order
+        QRect scrollRect;
+    };
+    // The window is about to show another document.
+    void saveCurrentSettings();
+    // Shows the saved state again, and forgets it.
+    void restoreDocumentSettings();
+    const std::optional<ViewState> &currentSelections() const { return m_currentSelections; }
+    // The window shows this document (first, or again after another): the
+    // saved state, or the first row.
+    void windowControllerDidLoadNib();
+    // The filter text last applied, empty when the whole tree shows.
+    const QString &lastSearchValue() const { return m_lastSearchValue; }
+
     // ---- editing commands ----
     void addLeaf();
     void addGroup();
@@ -200,6 +221,8 @@ private:
     QList<ReadWarning> m_warnings;
     PreferenceDomainFile::Stamp m_reportedStamp; // the last change by another program told of
     QFileSystemWatcher *m_watcher = nullptr;
+    std::optional<ViewState> m_currentSelections;
+    QString m_lastSearchValue;
     UndoManager m_undoManager;
     OutlineModel *m_model;
     QItemSelectionModel *m_selection;

@@ -83,6 +83,7 @@ void plistDocument::sortData()
 
 void plistDocument::searchDocument(const QString &text)
 {
+    m_lastSearchValue = text;
     if (text.isEmpty()) {
         // Leaving the filter: the real nodes behind the selected rows stay selected.
         const QList<PListNodePtr> searched = searchedItems();

@@ -13,6 +13,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QScrollBar>
 
 namespace {
 
@@ -118,6 +119,21 @@ PListNode *PrefOV::nodeAt(const QModelIndex &index) const
 QModelIndex PrefOV::indexOf(const PListNode *node, int column) const
 {
     return m_document ? m_document->outlineModel()->indexOf(node, column) : QModelIndex();
+}
+
+QRect PrefOV::visibleRect() const
+{
+    return {horizontalScrollBar()->value(), verticalScrollBar()->value(), viewport()->width(),
+            viewport()->height()};
+}
+
+void PrefOV::setVisibleRect(const QRect &rect)
+{
+    // Rows expanded just now are laid out later; the scroll ranges must hold them first.
+    executeDelayedItemsLayout();
+    updateGeometries();
+    horizontalScrollBar()->setValue(rect.x());
+    verticalScrollBar()->setValue(rect.y());
 }
 
 bool PrefOV::event(QEvent *event)

@@ -25,6 +25,10 @@ public:
     QModelIndex indexOf(const PListNode *node, int column = 0) const;
     // A cell editor is open.
     bool isEditing() const { return state() == EditingState; }
+    // The rows in view as (horizontal, vertical) scroll positions and the
+    // viewport's size; setting it scrolls back there once the rows are laid out.
+    QRect visibleRect() const;
+    void setVisibleRect(const QRect &rect);
     // Whether selected rows are drawn as the keyboard's: focused, in the active window.
     bool isKeyOutline() const { return hasFocus() && isActiveWindow(); }
 

@@ -85,6 +85,8 @@ public:
     bool isApplicationActive() const override;
     bool isShowingDocument() const override;
     void focusOutlineLater() override;
+    QRect visibleRect() const override;
+    void scrollRectToVisible(const QRect &rect) override;
 
 protected:
     void closeEvent(QCloseEvent *event) override;

@@ -88,6 +88,10 @@ void VXWindowController::focusOutlineLater()
     QTimer::singleShot(0, m_outline, [outline = m_outline] { outline->setFocus(); });
 }
 
+QRect VXWindowController::visibleRect() const { return m_outline->visibleRect(); }
+
+void VXWindowController::scrollRectToVisible(const QRect &rect) { m_outline->setVisibleRect(rect); }
+
 void VXWindowController::showReadWarnings()
 {
     const QList<ReadWarning> &warnings = m_document->readWarnings();

@@ -31,6 +31,7 @@ private slots:
     void deleting();
     void filterEditsTheRealTree();
     void filterSelectionRoundTrip();
+    void viewStateSurvivesASwitch();
     void cellEdits_data();
     void cellEdits();
     void keys_data();
@@ -180,6 +181,40 @@ void DocumentEditingTest::filterSelectionRoundTrip()
     document.searchDocument(QStringLiteral("nothing matches"));
     QCOMPARE(document.treeData()->name(), QStringLiteral("Search Root"));
     QCOMPARE(document.treeData()->numberOfChildren(), 0);
+}
+
+void DocumentEditingTest::viewStateSurvivesASwitch()
+{
+    DocumentFixture fixture;
+    fixture.screen.answer = DocumentScreen::DeleteConfirmed;
+    plistDocument &document = fixture.open(valueOf("{a = {b = {c = 1;}; d = 2;}; e = {f = 3;}; z = 4;}"));
+    document.windowControllerDidLoadNib();
+    QCOMPARE(document.selectedNode(), nodeAt(document, QStringLiteral("a")));
+
+    FakeScreen &screen = fixture.screen;
+    for (const char *path : {"a", "a/b", "e/f"})
+        screen.expandItem(nodeAt(document, QString::fromLatin1(path)));
+    document.selectNodes({document.sharedNode(nodeAt(document, QStringLiteral("a/b/c"))),
+                          document.sharedNode(nodeAt(document, QStringLiteral("z")))},
+                         false);
+    screen.shownRect = QRect(0, 40, 300, 200);
+    document.saveCurrentSettings();
+    // Only rows count: "e/f" lies under a closed group and is no group itself.
+    QCOMPARE(document.currentSelections()->expandedNodes.size(), 2);
+
+    // Another document had the outline meanwhile, and "z" went.
+    screen.expanded.clear();
+    screen.shownRect = QRect();
+    document.selectNodes({document.sharedNode(nodeAt(document, QStringLiteral("z")))}, false);
+    document.deleteSelections();
+    document.selectRow(0);
+    document.windowControllerDidLoadNib();
+
+    QCOMPARE(screen.expanded, (QSet<const PListNode *>{nodeAt(document, QStringLiteral("a")),
+                                                       nodeAt(document, QStringLiteral("a/b"))}));
+    QCOMPARE(document.selectedNodes(), QList<PListNodePtr>{document.sharedNode(nodeAt(document, QStringLiteral("a/b/c")))});
+    QCOMPARE(screen.shownRect, QRect(0, 40, 300, 200));
+    QVERIFY(!document.currentSelections());
 }
 
 void DocumentEditingTest::cellEdits_data()

@@ -32,6 +32,8 @@ public:
     bool isApplicationActive() const override { return active; }
     bool isShowingDocument() const override { return true; }
     void focusOutlineLater() override { ++focusRequests; }
+    QRect visibleRect() const override { return shownRect; }
+    void scrollRectToVisible(const QRect &rect) override { shownRect = rect; }
 
     QSet<const PListNode *> expanded;
     const PListNode *scrolledTo = nullptr;
@@ -43,4 +45,5 @@ public:
     int focusRequests = 0;
     bool keyWindow = true;
     bool active = true;
+    QRect shownRect;
 };
