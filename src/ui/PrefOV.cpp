@@ -75,7 +75,11 @@ PrefOV::PrefOV(QWidget *parent) : QTreeView(parent)
     setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     setAllColumnsShowFocus(true);
     header()->setStretchLastSection(true);
+    header()->setSectionsMovable(true);
+    connect(header(), &QHeaderView::sectionMoved, this, &PrefOV::outlineViewColumnDidMove);
 }
+
+void PrefOV::outlineViewColumnDidMove() { setTreePosition(header()->logicalIndex(0)); }
 
 void PrefOV::setDocument(plistDocument *document)
 {

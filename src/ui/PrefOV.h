@@ -32,6 +32,10 @@ public:
     // Whether selected rows are drawn as the keyboard's: focused, in the active window.
     bool isKeyOutline() const { return hasFocus() && isActiveWindow(); }
 
+public slots:
+    // Whichever column the user moved to the front carries the disclosure triangles.
+    void outlineViewColumnDidMove();
+
 protected:
     bool event(QEvent *event) override;
     void drawRow(QPainter *painter, const QStyleOptionViewItem &option,
