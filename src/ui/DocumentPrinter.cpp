@@ -141,7 +141,7 @@ QString textOf(const plistDocument &document)
 void openPanel(plistDocument *document, QDialog *panel)
 {
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    printInfo(document);
+    printInfo(document); // the settings the panel works on exist from here
     settingsOf(document)->panels.append(panel);
     panel->open();
 }
@@ -158,7 +158,8 @@ QPrinter *printInfo(plistDocument *document)
 void setPrintInfo(plistDocument *document, std::unique_ptr<QPrinter> printer)
 {
     delete settingsOf(document);
-    new PrintSettings(document, std::move(printer));
+    if (printer)
+        new PrintSettings(document, std::move(printer));
 }
 
 void printShowingPrintPanel(plistDocument *document, QWidget *window, bool showPanels)

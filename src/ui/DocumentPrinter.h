@@ -16,8 +16,8 @@ namespace DocumentPrinter {
 // shared ones, with margins of 18 points left and right and 36 top and bottom.
 // Owned by the document.
 QPrinter *printInfo(plistDocument *document);
-// Replaces the document's print settings; a print panel still open on the old
-// ones is closed.
+// Replaces the document's print settings (none: made again on next use); a
+// panel still open on the old ones is closed.
 void setPrintInfo(plistDocument *document, std::unique_ptr<QPrinter> printer);
 
 // With showPanels, a print panel on window first and printing when it is

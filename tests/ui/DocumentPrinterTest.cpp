@@ -11,6 +11,8 @@
 #include "platform/UserDefaults.h"
 #include "ui/DocumentPrinter.h"
 
+#include <QPointer>
+#include <QPrintDialog>
 #include <QPrinter>
 #include <QRegularExpression>
 #include <QTest>
@@ -58,6 +60,7 @@ class DocumentPrinterTest : public QObject {
 private slots:
     void printInfoHasTheDocumentMargins();
     void longerDocumentsPrintMorePages();
+    void printPanelPrintsOnAcceptAndClosesWithItsDocument();
 };
 
 void DocumentPrinterTest::printInfoHasTheDocumentMargins()
@@ -81,6 +84,32 @@ void DocumentPrinterTest::longerDocumentsPrintMorePages()
     const QString longFile = account.sandbox.write(
         u"long.plist"_s, PropertyListSerialization::write(PropertyList(entries), PropertyListFormat::Xml));
     QCOMPARE_GT(printedPages(account, longFile), shortPages);
+}
+
+void DocumentPrinterTest::printPanelPrintsOnAcceptAndClosesWithItsDocument()
+{
+    Account account;
+    QWidget window;
+    const QString output = account.sandbox.home() + u"/panel.pdf"_s;
+    auto document = std::make_unique<plistDocument>(
+        plistDocument::Services{{account.service, account.defaults}, account.center});
+    QVERIFY(document->readFromFile(Corpus::testDataPath(u"sample.plist"_s)));
+    QPrinter *printer = DocumentPrinter::printInfo(document.get());
+    printer->setOutputFormat(QPrinter::PdfFormat);
+    printer->setOutputFileName(output);
+
+    DocumentPrinter::printShowingPrintPanel(document.get(), &window, true);
+    QPointer<QPrintDialog> panel = window.findChild<QPrintDialog *>();
+    QVERIFY(panel && panel->windowModality() == Qt::WindowModal);
+    QCOMPARE(pdfPages(output), -1);
+    panel->accept();
+    QCOMPARE(pdfPages(output), 1);
+
+    DocumentPrinter::printShowingPrintPanel(document.get(), &window, true);
+    panel = window.findChild<QPrintDialog *>();
+    QVERIFY(panel);
+    document.reset();
+    QVERIFY(!panel);
 }
 
 ORVANE_TEST(DocumentPrinterTest)
