@@ -20,6 +20,7 @@ const char kUsage[] =
     "       orvane-plist parse-defaults [FILE] [--whole]\n"
     "       orvane-plist filter FILE QUERY\n"
     "       orvane-plist set FILE KEY... [--class CLASS] [--value TEXT]\n"
+    "       orvane-plist print-html FILE\n"
     "\n"
     "lint     checks that each file is a property list (XML, binary or old-style text)\n"
     "convert  writes the file's value in another format; OUT defaults to FILE itself,\n"
@@ -45,7 +46,9 @@ const char kUsage[] =
     "set      edits the entry at KEY... (an array element by its 1-based position) as the\n"
     "         window does: --class String|Integer|Float|Boolean|Date converts it, --value\n"
     "         TEXT is typed into its value; then saves FILE and prints the entry's class\n"
-    "         and value; exit status 1, with FILE untouched, when that cannot be done\n";
+    "         and value; exit status 1, with FILE untouched, when that cannot be done\n"
+    "print-html writes an HTML page of the file's XML text coloured as a window prints it:\n"
+    "         tag contents brown, quoted text blue, element names and brackets purple\n";
 
 // Writes bytes to a file atomically: the old file stays as it was unless the
 // whole new content reached the disk.
@@ -89,6 +92,8 @@ int PlistTool::run(const QStringList &arguments)
         return filter(rest);
     if (command == QLatin1String("set"))
         return set(rest);
+    if (command == QLatin1String("print-html"))
+        return printHtml(rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {
         m_out << kUsage;
         return 0;

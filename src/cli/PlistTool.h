@@ -3,6 +3,10 @@
 #include <QStringList>
 #include <QTextStream>
 
+#include <memory>
+
+class plistDocument;
+
 // orvane-plist: lint, convert and print property-list files, and turn their
 // keys into `defaults write` commands, from the command line (Linux has no plutil). The commands write to the given streams so tests
 // can run them in-process; run() answers the process exit status.
@@ -23,9 +27,13 @@ private:
     int readDomain(const QStringList &arguments); // in PlistTool_Domains.cpp
     int filter(const QStringList &arguments);     // in PlistTool_Document.cpp
     int set(const QStringList &arguments);        // in PlistTool_Document.cpp
+    int printHtml(const QStringList &arguments);  // in PlistTool_PrintHtml.cpp
     int usage(const QString &problem);
     // The message on the error stream; answers the exit status 1.
     int fail(const QString &message);
+    // The file opened as a window opens it; none, with the reason, when it
+    // cannot be read. In PlistTool_Document.cpp.
+    static std::unique_ptr<plistDocument> openDocument(const QString &path, QString *error);
 
     QTextStream &m_out;
     QTextStream &m_err;

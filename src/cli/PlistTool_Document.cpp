@@ -30,15 +30,6 @@ public:
     int beeps = 0;
 };
 
-std::unique_ptr<plistDocument> openDocument(const QString &path, QString *error)
-{
-    auto document = std::make_unique<plistDocument>(plistDocument::Services{
-        {PreferencesService::shared(), UserDefaults::standardUserDefaults()}, NotificationCenter::defaultCenter()});
-    if (!document->readFromFile(path, error))
-        return nullptr;
-    return document;
-}
-
 // The class pop-up's items a user may choose for a leaf.
 int tagNamed(const QString &name)
 {
@@ -66,6 +57,15 @@ PListNode *entryAt(const plistDocument &document, const QStringList &keys)
 }
 
 } // namespace
+
+std::unique_ptr<plistDocument> PlistTool::openDocument(const QString &path, QString *error)
+{
+    auto document = std::make_unique<plistDocument>(plistDocument::Services{
+        {PreferencesService::shared(), UserDefaults::standardUserDefaults()}, NotificationCenter::defaultCenter()});
+    if (!document->readFromFile(path, error))
+        return nullptr;
+    return document;
+}
 
 int PlistTool::filter(const QStringList &arguments)
 {

@@ -1,6 +1,7 @@
-// orvane-plist filter and set, run in-process over a sandboxed account: what
-// a window shows for a search text, and one entry edited and saved as a
-// window saves it, or nothing written at all.
+// orvane-plist filter, set and print-html, run in-process over a sandboxed
+// account: what a window shows for a search text, one entry edited and saved
+// as a window saves it (or nothing written at all), and what a window prints.
+#include "Corpus.h"
 #include "DomainSandbox.h"
 #include "TestRegistry.h"
 
@@ -8,6 +9,7 @@
 #include "platform/PropertyListSerialization.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <unistd.h>
@@ -37,6 +39,7 @@ private slots:
     void filter();
     void set_data();
     void set();
+    void printHtml();
 };
 
 void PlistToolDocumentTest::filter_data()
@@ -173,6 +176,29 @@ void PlistToolDocumentTest::set()
     QVERIFY2(written.ok(), qPrintable(written.errorText()));
     QCOMPARE(int(written.value.format), format);
     QVERIFY2(written.value.value == saved, qPrintable(written.value.value.description()));
+}
+
+void PlistToolDocumentTest::printHtml()
+{
+    DomainSandbox sandbox;
+    const ToolRun run = runToolInProcess({u"print-html"_s, Corpus::testDataPath(u"sample.plist"_s)});
+    QCOMPARE(run.status, 0);
+    QCOMPARE(run.err, QString());
+    for (const QString &expected :
+         {u"<span class=\"purple\">&lt;</span><span class=\"brown\">?xml version=</span>"
+          "<span class=\"blue\">&quot;1.0&quot;</span>"_s,
+          u"<span class=\"purple\">&lt;key&gt;</span>Greeting<span class=\"purple\">&lt;/key&gt;</span>"_s})
+        QVERIFY2(run.out.contains(expected), qPrintable(run.out));
+    const qsizetype start = run.out.indexOf(u"<pre>"_s) + 5;
+    const QString text = run.out.mid(start, run.out.indexOf(u"</pre>"_s) - start);
+    // Every "<" left in the text opens or closes a span, and spans never nest.
+    QCOMPARE(text.count(u'<'), text.count(u"<span class="_s) + text.count(u"</span>"_s));
+    QVERIFY(!text.contains(QRegularExpression(u"<span[^>]*>[^<]*<span"_s)));
+
+    const ToolRun missing = runToolInProcess({u"print-html"_s, sandbox.home() + u"/none.plist"_s});
+    QCOMPARE(missing.status, 1);
+    QCOMPARE(missing.out, QString());
+    QCOMPARE(missing.err.count(u'\n'), 1);
 }
 
 ORVANE_TEST(PlistToolDocumentTest)

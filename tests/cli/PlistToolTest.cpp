@@ -223,6 +223,7 @@ void PlistToolTest::usageErrors_data()
                                                data("sample.plist")};
     QTest::newRow("lint without files") << QStringList{QStringLiteral("lint")};
     QTest::newRow("defaults without a file") << QStringList{QStringLiteral("defaults")};
+    QTest::newRow("print-html without a file") << QStringList{QStringLiteral("print-html")};
 }
 
 void PlistToolTest::usageErrors()
