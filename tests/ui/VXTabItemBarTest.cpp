@@ -72,8 +72,6 @@ private slots:
         // Grown from 85 in float steps, the width stops one step short of 160.
         QTest::newRow("room for all at the widest")
             << 300 << 1400 << L{0, 1, 2, 3, 4, 5, 6, 7} << L{} << 159.9f;
-        // 786 of room: 8 x (97.2 + 1) fits, 97.3 does not.
-        QTest::newRow("all shrink") << 1400 << 802 << L{0, 1, 2, 3, 4, 5, 6, 7} << L{} << 97.2f;
         // 484 of room: five tabs of 85 end at 426, six at 511.
         QTest::newRow("at 85 the rest hide") << 1400 << 500 << L{0, 1, 2, 3, 4} << L{5, 6, 7} << 85.0f;
         QTest::newRow("wider again, some come back") << 60 << 600 << L{0, 1, 2, 3, 4, 5} << L{6, 7} << 85.0f;
