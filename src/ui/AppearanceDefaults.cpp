@@ -35,6 +35,18 @@ QColor qColor(const CalibratedColor &color)
                             static_cast<float>(color.blue), static_cast<float>(color.alpha));
 }
 
+QColor backgroundHighlight(const QPalette &palette)
+{
+    const QColor inactive = palette.color(QPalette::Inactive, QPalette::Highlight);
+    if (inactive != palette.color(QPalette::Active, QPalette::Highlight))
+        return inactive;
+    const QColor base = palette.color(QPalette::Active, QPalette::Base);
+    constexpr float kShare = 0.3f;
+    const auto mix = [](float a, float b) { return a * kShare + b * (1 - kShare); };
+    return QColor::fromRgbF(mix(inactive.redF(), base.redF()), mix(inactive.greenF(), base.greenF()),
+                            mix(inactive.blueF(), base.blueF()));
+}
+
 AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont)
 {
     AppearanceDefaults appearance;

@@ -21,6 +21,10 @@ namespace SystemAppearance {
 
 CalibratedColor calibratedColor(const QColor &color);
 QColor qColor(const CalibratedColor &color);
+// The selection behind rows or tabs the keyboard is not in: the palette's
+// inactive highlight, or, where the style makes that as strong as the active
+// one, a pale shade of it, on which standard text stays readable.
+QColor backgroundHighlight(const QPalette &palette);
 AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont);
 // From the running application's palette and system font; needs a QGuiApplication.
 AppearanceDefaults current();

@@ -48,21 +48,6 @@ bool isDeleteKey(const QKeyEvent &event)
     return modifiers == Qt::NoModifier && (event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace);
 }
 
-// The selection behind rows the keyboard is not in: the palette's inactive
-// highlight, or, where the style makes that as strong as the active one, a
-// pale shade of it, on which standard text stays readable.
-QColor backgroundHighlight(const QPalette &palette)
-{
-    const QColor inactive = palette.color(QPalette::Inactive, QPalette::Highlight);
-    if (inactive != palette.color(QPalette::Active, QPalette::Highlight))
-        return inactive;
-    const QColor base = palette.color(QPalette::Active, QPalette::Base);
-    constexpr float kShare = 0.3f;
-    const auto mix = [](float a, float b) { return a * kShare + b * (1 - kShare); };
-    return QColor::fromRgbF(mix(inactive.redF(), base.redF()), mix(inactive.greenF(), base.greenF()),
-                            mix(inactive.blueF(), base.blueF()));
-}
-
 } // namespace
 
 PrefOV::PrefOV(QWidget *parent) : QTreeView(parent)
@@ -156,7 +141,7 @@ void PrefOV::drawRow(QPainter *painter, const QStyleOptionViewItem &option, cons
     if (isKeyOutline())
         return QTreeView::drawRow(painter, option, index);
     QStyleOptionViewItem background = option;
-    background.palette.setColor(QPalette::Highlight, backgroundHighlight(option.palette));
+    background.palette.setColor(QPalette::Highlight, SystemAppearance::backgroundHighlight(option.palette));
     QTreeView::drawRow(painter, background, index);
 }
 
