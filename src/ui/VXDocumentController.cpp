@@ -1,6 +1,8 @@
 #include "VXDocumentController.h"
 
 #include "document/DocumentReader.h"
+#include "domains/SettingsKeys.h"
+#include "platform/UserDefaults.h"
 #include "ui/VXWindowController.h"
 
 #include <QApplication>
@@ -10,6 +12,7 @@
 #include <QMessageBox>
 #include <QMutex>
 #include <QPointer>
+#include <QSet>
 #include <QThreadPool>
 #include <QTimer>
 
@@ -37,47 +40,86 @@ VXDocumentController::~VXDocumentController()
         if (entry.load)
             entry.load->cancel();
     }
-    // The windows go first: each shows, and tells, its document.
+    // The windows go first: each shows, and tells, its documents.
     const QList<Entry> entries = std::exchange(m_entries, {});
-    for (const Entry &entry : entries) {
-        delete entry.window;
+    QSet<VXWindowController *> windows;
+    for (const Entry &entry : entries)
+        windows.insert(entry.window);
+    qDeleteAll(windows);
+    for (const Entry &entry : entries)
         delete entry.document;
-    }
 }
 
-VXWindowController *VXDocumentController::openDocument(const QString &given)
+VXWindowController *VXDocumentController::openDocument(const QString &given, bool inNewWindow)
 {
     const QString path = QFileInfo(given).absoluteFilePath();
     if (Entry *open = entryForPath(path)) {
-        if (open->window->isVisible()) {
-            open->window->raise();
-            open->window->activateWindow();
+        VXWindowController *window = open->window;
+        window->selectDocument(open->document);
+        if (window->isVisible()) {
+            window->raise();
+            window->activateWindow();
         }
-        return open->window;
+        return window;
     }
     auto *document = new plistDocument(m_services, this);
-    auto *window = new VXWindowController(document, this);
-    window->setWindowFilePath(path);
-    connect(window, &QObject::destroyed, this, [this, window] {
-        for (qsizetype i = 0; i < m_entries.size(); ++i) {
-            if (m_entries[i].window != window)
-                continue;
-            const Entry entry = m_entries.takeAt(i);
-            if (entry.load)
-                entry.load->cancel();
-            delete entry.document;
-            return;
-        }
-    });
+    VXWindowController *window = windowForNewDocument(inNewWindow);
     m_entries.append({document, window, path, nullptr, nullptr});
+    window->addDocument(document, path);
     startLoad(m_entries.last());
     return window;
 }
 
-void VXDocumentController::openDocuments(const QStringList &paths)
+VXWindowController *VXDocumentController::windowForNewDocument(bool inNewWindow)
 {
-    for (const QString &path : paths)
-        openDocument(path);
+    const bool tabs = m_services.store.defaults.boolForKey(SettingsKeys::VXDocumentsUseTabs);
+    if (tabs && !inNewWindow && m_currentWindow)
+        return m_currentWindow;
+    auto *window = new VXWindowController(this);
+    connect(window, &QObject::destroyed, this, &VXDocumentController::windowDestroyed);
+    // Later documents join the newest window until the user works in another.
+    m_currentWindow = window;
+    return window;
+}
+
+VXWindowController *VXDocumentController::currentWindow() const { return m_currentWindow; }
+
+void VXDocumentController::windowActivated(VXWindowController *window) { m_currentWindow = window; }
+
+void VXDocumentController::windowDestroyed(QObject *window)
+{
+    for (qsizetype i = m_entries.size() - 1; i >= 0; --i) {
+        if (static_cast<QObject *>(m_entries[i].window) != window)
+            continue;
+        const Entry entry = m_entries.takeAt(i);
+        if (entry.load)
+            entry.load->cancel();
+        delete entry.document;
+    }
+}
+
+void VXDocumentController::closeDocument(plistDocument *document)
+{
+    for (qsizetype i = 0; i < m_entries.size(); ++i) {
+        if (m_entries[i].document != document)
+            continue;
+        const Entry entry = m_entries.takeAt(i);
+        if (entry.load)
+            entry.load->cancel();
+        if (entry.window)
+            entry.window->removeDocument(document);
+        // The document may be the caller's caller: a sheet's answer, a save's completion.
+        document->deleteLater();
+        return;
+    }
+}
+
+void VXDocumentController::openDocuments(const QStringList &paths, bool inNewWindow)
+{
+    for (const QString &path : paths) {
+        openDocument(path, inNewWindow);
+        inNewWindow = false;
+    }
 }
 
 void VXDocumentController::startLoad(Entry &entry)
@@ -101,9 +143,10 @@ void VXDocumentController::startLoad(Entry &entry)
             Qt::QueuedConnection);
     });
     QPointer<VXWindowController> window = entry.window;
-    QTimer::singleShot(kBusyDelayMs, window, [window] {
-        if (window->isLoading()) {
-            window->showBusy();
+    QPointer<plistDocument> document = entry.document;
+    QTimer::singleShot(kBusyDelayMs, window, [window, document] {
+        if (document && window->isLoading(document)) {
+            window->showBusy(document);
             window->show();
         }
     });
@@ -120,10 +163,11 @@ void VXDocumentController::loadFinished(const std::shared_ptr<Load> &load,
     // application does not take the moment between for its end.
     const std::shared_ptr<QEventLoopLocker> keepRunning = std::move(entry->keepRunning);
     VXWindowController *window = entry->window;
+    plistDocument *document = entry->document;
     const QString path = entry->path;
     if (!result) {
         const QString reason = result.errorText();
-        delete window; // and the document with it
+        closeDocument(document); // and its window, when it had no other
         // The reason names the file and says what is wrong with it, and where.
         auto *box = new QMessageBox(QMessageBox::Warning, QApplication::applicationDisplayName(), reason,
                                     QMessageBox::Ok);
@@ -133,8 +177,8 @@ void VXDocumentController::loadFinished(const std::shared_ptr<Load> &load,
         emit openFailed(path, reason);
         return;
     }
-    entry->document->adoptContent(path, std::move(result.value));
-    window->showDocument();
+    document->adoptContent(path, std::move(result.value));
+    window->documentLoaded(document);
     window->show();
     window->raise();
     window->activateWindow();
@@ -148,7 +192,7 @@ void VXDocumentController::runOpenPanel(QWidget *parent)
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFiles);
     dialog->setNameFilters(openFilters());
-    connect(dialog, &QFileDialog::filesSelected, this, &VXDocumentController::openDocuments);
+    connect(dialog, &QFileDialog::filesSelected, this, [this](const QStringList &paths) { openDocuments(paths); });
     dialog->open();
 }
 
@@ -197,27 +241,29 @@ VXDocumentController::Entry *VXDocumentController::entryForLoad(const Load *load
 
 void VXDocumentController::quit()
 {
-    QList<QPointer<VXWindowController>> edited;
+    QList<QPointer<plistDocument>> edited;
     for (const Entry &entry : std::as_const(m_entries)) {
         if (!entry.load && entry.document->isDocumentEdited())
-            edited.append(entry.window);
+            edited.append(entry.document);
     }
     askToQuit(edited);
 }
 
-void VXDocumentController::askToQuit(QList<QPointer<VXWindowController>> edited)
+void VXDocumentController::askToQuit(QList<QPointer<plistDocument>> edited)
 {
     while (!edited.isEmpty() && !edited.first())
         edited.removeFirst();
     if (edited.isEmpty()) {
-        const QList<Entry> entries = m_entries;
-        for (const Entry &entry : entries)
-            entry.window->closeWithoutAsking();
+        QSet<VXWindowController *> windows;
+        for (const Entry &entry : std::as_const(m_entries))
+            windows.insert(entry.window);
+        for (VXWindowController *window : std::as_const(windows))
+            window->closeWithoutAsking();
         QCoreApplication::quit();
         return;
     }
-    const QPointer<VXWindowController> window = edited.takeFirst();
-    window->confirmClose([this, edited](bool mayClose) {
+    const QPointer<plistDocument> document = edited.takeFirst();
+    windowForDocument(document)->confirmClose(document, [this, edited](bool mayClose) {
         if (mayClose)
             askToQuit(edited);
     });

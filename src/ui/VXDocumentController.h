@@ -11,8 +11,10 @@ class QEventLoopLocker;
 class VXWindowController;
 
 // Opens documents and keeps the list of those open. A path is opened once:
-// asking again brings its window forward. This is the one place that decides
-// where a document is shown (a window of its own for now).
+// asking again brings its window and tab forward. This is the one place that
+// decides where a document is shown: as a new tab of the document window the
+// user worked in last when documents use tabs (the setting is read at each
+// opening), else in a window of its own; or in a new window when asked.
 //
 // A document is read in two steps: what the preferences service holds, on
 // this thread, then the file parsed and built into a tree on the global
@@ -28,9 +30,18 @@ public:
     explicit VXDocumentController(const plistDocument::Services &services, QObject *parent = nullptr);
     ~VXDocumentController() override;
 
+    const plistDocument::Services &services() const { return m_services; }
+
     // The window of the document at path, made and reading if it was not open.
-    VXWindowController *openDocument(const QString &path);
-    void openDocuments(const QStringList &paths);
+    VXWindowController *openDocument(const QString &path, bool inNewWindow = false);
+    // The first of paths opens in a new window when asked; the others join it.
+    void openDocuments(const QStringList &paths, bool inNewWindow = false);
+    // The document goes: its read stops, its tab closes. Nothing is asked.
+    void closeDocument(plistDocument *document);
+    // The document window the user worked in last, nullptr when none is open.
+    VXWindowController *currentWindow() const;
+    // A document window became the active one.
+    void windowActivated(VXWindowController *window);
     // The Open dialog, over parent's window when there is one.
     void runOpenPanel(QWidget *parent);
     // The kinds of file the Open dialogs offer.
@@ -55,7 +66,7 @@ private:
     struct Load;
     struct Entry {
         plistDocument *document;
-        VXWindowController *window;
+        VXWindowController *window; // lives as long as the entry
         QString path;
         std::shared_ptr<Load> load; // while reading
         std::shared_ptr<QEventLoopLocker> keepRunning; // the application waits for the read
@@ -63,12 +74,14 @@ private:
 
     void startLoad(Entry &entry);
     void loadFinished(const std::shared_ptr<Load> &load, ReadResult<DocumentContent> &result);
+    VXWindowController *windowForNewDocument(bool inNewWindow);
     void windowDestroyed(QObject *window);
-    void askToQuit(QList<QPointer<VXWindowController>> edited);
+    void askToQuit(QList<QPointer<plistDocument>> edited);
     Entry *entryForPath(const QString &path);
     Entry *entryForLoad(const Load *load);
 
     plistDocument::Services m_services;
     QList<Entry> m_entries;
+    QPointer<VXWindowController> m_currentWindow;
     bool m_openedAny = false;
 };

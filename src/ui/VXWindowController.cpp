@@ -4,6 +4,7 @@
 
 #include "document/plistDocument.h"
 #include "ui/ClassPopUpDelegate.h"
+#include "ui/DocumentPrinter.h"
 #include "ui/InfoPanel.h"
 #include "ui/NoticeBar.h"
 #include "ui/OutlineItemDelegate.h"
@@ -11,6 +12,11 @@
 #include "ui/SearchField.h"
 #include "ui/VXDocumentController.h"
 #include "ui/prefController.h"
+#include "domains/ApplicationSettings.h"
+#include "domains/SettingsKeys.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "ui/VXTabItemBar.h"
 #include "ui/WindowActions.h"
 
 #include <QApplication>
@@ -25,9 +31,8 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
-VXWindowController::VXWindowController(plistDocument *document, VXDocumentController *controller,
-                                       QWidget *parent)
-    : QMainWindow(parent), m_document(document), m_controller(controller)
+VXWindowController::VXWindowController(VXDocumentController *controller, QWidget *parent)
+    : QMainWindow(parent), m_controller(controller)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     resize(760, 520);
@@ -36,22 +41,19 @@ VXWindowController::VXWindowController(plistDocument *document, VXDocumentContro
     createApplicationActions();
     createMenus();
     createToolBar();
-    connectDocument();
-    document->setScreen(this);
-    refreshTitle();
     refreshActions();
 }
 
 VXWindowController::~VXWindowController()
 {
-    // The document may outlive this window, and be freed while its widgets are.
-    if (!m_document)
-        return;
-    if (m_document->screen() == this)
-        m_document->setScreen(nullptr);
-    m_document->disconnect(this);
-    m_document->undoManager().disconnect(this);
-    m_document->selectionModel()->disconnect(this);
+    // The documents may outlive this window, and be freed while its widgets are.
+    for (const Tab &tab : std::as_const(m_tabs)) {
+        if (tab.document->screen() == this)
+            tab.document->setScreen(nullptr);
+        tab.document->disconnect(this);
+        tab.document->undoManager().disconnect(this);
+        tab.document->selectionModel()->disconnect(this);
+    }
     qApp->disconnect(this);
 }
 
@@ -59,11 +61,8 @@ void VXWindowController::createWidgets()
 {
     createBusyPage();
     m_outline = new PrefOV;
-    m_outline->setDocument(m_document);
     m_delegate = new OutlineItemDelegate(this);
     m_classDelegate = new ClassPopUpDelegate(this);
-    m_delegate->setDocument(m_document);
-    m_classDelegate->setDocument(m_document);
     m_outline->setItemDelegate(m_delegate);
     m_outline->setItemDelegateForColumn(DocumentScreen::ClassColumn, m_classDelegate);
     m_outline->header()->resizeSection(DocumentScreen::KeyColumn, 280);
@@ -80,10 +79,17 @@ void VXWindowController::createWidgets()
     documentLayout->addWidget(m_warningNotice);
     documentLayout->addWidget(m_outline, 1);
 
-    m_pages = new QStackedWidget(this);
+    m_pages = new QStackedWidget;
     m_pages->addWidget(m_busyPage);
     m_pages->addWidget(documentPage);
-    setCentralWidget(m_pages);
+    createTabBar();
+    auto *central = new QWidget(this);
+    auto *centralLayout = new QVBoxLayout(central);
+    centralLayout->setContentsMargins(0, 0, 0, 0);
+    centralLayout->setSpacing(0);
+    centralLayout->addWidget(m_tabBar);
+    centralLayout->addWidget(m_pages, 1);
+    setCentralWidget(central);
 
     // The status bar shows only for a read-only document, and says so.
     const QIcon lock = QIcon::fromTheme(QStringLiteral("object-locked"));
@@ -104,29 +110,36 @@ void VXWindowController::createBusyPage()
     m_busyText = new QLabel(m_busyPage);
     m_busyText->setTextFormat(Qt::PlainText);
     m_busyText->setAlignment(Qt::AlignCenter);
-    auto *busy = new QProgressBar(m_busyPage);
-    busy->setRange(0, 0); // no end known: a busy indicator
-    busy->setMaximumWidth(240);
+    m_busyIndicator = new QProgressBar(m_busyPage);
+    m_busyIndicator->setRange(0, 0); // no end known: a busy indicator
+    m_busyIndicator->setMaximumWidth(240);
     auto *layout = new QVBoxLayout(m_busyPage);
     layout->addStretch();
     layout->addWidget(m_busyText);
-    layout->addWidget(busy, 0, Qt::AlignHCenter);
+    layout->addWidget(m_busyIndicator, 0, Qt::AlignHCenter);
     layout->addStretch();
 }
 
 void VXWindowController::createNotices()
 {
-    m_diskNotice = new NoticeBar;
-    m_diskNotice->addButton(tr("Reload"), [this] {
-        if (m_document)
+    const auto answered = [this](bool reload) {
+        Tab *tab = tabFor(m_document);
+        if (!tab)
+            return;
+        tab->diskChanged = false;
+        if (reload)
             m_document->reloadData();
-    });
-    m_diskNotice->addButton(tr("Keep"), [this] {
-        if (m_document)
+        else
             m_document->keepOwnVersion();
-    });
+    };
+    m_diskNotice = new NoticeBar;
+    m_diskNotice->addButton(tr("Reload"), [answered] { answered(true); });
+    m_diskNotice->addButton(tr("Keep"), [answered] { answered(false); });
     m_warningNotice = new NoticeBar;
-    m_warningNotice->addButton(tr("Close"), [] {});
+    m_warningNotice->addButton(tr("Close"), [this] {
+        if (Tab *tab = tabFor(m_document))
+            tab->warningsClosed = true;
+    });
 }
 
 void VXWindowController::createActions()
@@ -134,6 +147,8 @@ void VXWindowController::createActions()
     Actions &a = m_actions;
     a.open = WindowActions::make(this, tr("&Open…"), QKeySequence::Open);
     a.close = WindowActions::make(this, tr("&Close"), QKeySequence::Close);
+    a.closeWindow = WindowActions::make(this, tr("Close &Window"), QKeySequence::UnknownKey,
+                                        QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W));
     a.save = WindowActions::make(this, tr("&Save"), QKeySequence::Save);
     a.saveAs = WindowActions::make(this, tr("Save &As…"), QKeySequence::SaveAs,
                                    QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
@@ -154,34 +169,141 @@ void VXWindowController::createActions()
     addAction(a.search);
     a.deleteTool = WindowActions::tool(this, tr("Delete"), "edit-delete");
     a.reloadTool = WindowActions::tool(this, tr("Reload"), "view-refresh");
+    createTabActions();
+    createWarningActions();
+    createPrintActions();
 
     connect(a.open, &QAction::triggered, this, [this] { m_controller->runOpenPanel(this); });
-    connect(a.close, &QAction::triggered, this, &QWidget::close);
+    connect(a.close, &QAction::triggered, this, [this] { closeTab(indexOfDocument(m_document)); });
+    connect(a.closeWindow, &QAction::triggered, this, &QWidget::close);
     connect(a.save, &QAction::triggered, this, [this] { saveDocument(); });
     connect(a.saveAs, &QAction::triggered, this, &VXWindowController::saveDocumentAs);
     connect(a.revert, &QAction::triggered, this, &VXWindowController::revertDocumentToSaved);
     connect(a.quit, &QAction::triggered, m_controller, &VXDocumentController::quit);
-    connect(a.undo, &QAction::triggered, this, [this] { m_document->undoManager().undo(); });
-    connect(a.redo, &QAction::triggered, this, [this] { m_document->undoManager().redo(); });
-    for (QAction *remove : {a.deleteItem, a.deleteTool})
-        connect(remove, &QAction::triggered, m_document, &plistDocument::deleteSelections);
-    connect(a.addLeaf, &QAction::triggered, m_document, &plistDocument::addLeaf);
-    connect(a.addGroup, &QAction::triggered, m_document, &plistDocument::addGroup);
-    connect(a.addArray, &QAction::triggered, m_document, &plistDocument::addArray);
-    connect(a.sort, &QAction::triggered, m_document, &plistDocument::sortData);
-    for (QAction *reload : {a.reload, a.reloadTool})
-        connect(reload, &QAction::triggered, m_document, &plistDocument::reloadData);
+    connect(a.undo, &QAction::triggered, this, [this] {
+        if (m_document)
+            m_document->undoManager().undo();
+    });
+    connect(a.redo, &QAction::triggered, this, [this] {
+        if (m_document)
+            m_document->undoManager().redo();
+    });
+    onDocument(a.deleteItem, &plistDocument::deleteSelections);
+    onDocument(a.deleteTool, &plistDocument::deleteSelections);
+    onDocument(a.addLeaf, &plistDocument::addLeaf);
+    onDocument(a.addGroup, &plistDocument::addGroup);
+    onDocument(a.addArray, &plistDocument::addArray);
+    onDocument(a.sort, &plistDocument::sortData);
+    for (QAction *reload : {a.reload, a.reloadTool}) {
+        connect(reload, &QAction::triggered, this, [this] {
+            if (m_document)
+                m_document->reloadData();
+        });
+    }
+}
+
+void VXWindowController::onDocument(QAction *action, void (plistDocument::*command)())
+{
+    connect(action, &QAction::triggered, this, [this, command] {
+        if (m_document)
+            (m_document->*command)();
+    });
+}
+
+void VXWindowController::createTabActions()
+{
+    Actions &a = m_actions;
+    // Ctrl+Tab as in browsers; Ctrl+Page Down and Up where a desktop takes Ctrl+Tab.
+    a.nextTab = WindowActions::make(this, tr("Select &Next Tab"), QKeySequence::NextChild);
+    a.nextTab->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_Tab), QKeySequence(Qt::CTRL | Qt::Key_PageDown)});
+    a.previousTab = WindowActions::make(this, tr("Select &Previous Tab"), QKeySequence::PreviousChild);
+    a.previousTab->setShortcuts({QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab),
+                                 QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab),
+                                 QKeySequence(Qt::CTRL | Qt::Key_PageUp)});
+    a.moveTabLeft = WindowActions::make(this, tr("Move Tab &Left"), QKeySequence::UnknownKey,
+                                        QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_PageUp));
+    a.moveTabRight = WindowActions::make(this, tr("Move Tab &Right"), QKeySequence::UnknownKey,
+                                         QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_PageDown));
+    const auto step = [this](int by) {
+        if (m_tabs.size() > 1)
+            selectDocumentAt((indexOfDocument(m_document) + by + m_tabs.size()) % m_tabs.size());
+    };
+    connect(a.nextTab, &QAction::triggered, this, [step] { step(1); });
+    connect(a.previousTab, &QAction::triggered, this, [step] { step(-1); });
+    connect(a.moveTabLeft, &QAction::triggered, this, [this] { moveCurrentTab(-1); });
+    connect(a.moveTabRight, &QAction::triggered, this, [this] { moveCurrentTab(1); });
+}
+
+void VXWindowController::createPrintActions()
+{
+    Actions &a = m_actions;
+    a.pageSetup = WindowActions::make(this, tr("Page Set&up…"));
+    a.printPreview = WindowActions::make(this, tr("Print Pre&view…"));
+    a.print = WindowActions::make(this, tr("&Print…"), QKeySequence::Print);
+    a.printTool = WindowActions::tool(this, tr("Print"), "document-print");
+    connect(a.pageSetup, &QAction::triggered, this, [this] {
+        if (m_document)
+            DocumentPrinter::runPageLayout(m_document, this);
+    });
+    connect(a.printPreview, &QAction::triggered, this, [this] {
+        if (m_document)
+            DocumentPrinter::printPreview(m_document, this);
+    });
+    for (QAction *print : {a.print, a.printTool}) {
+        connect(print, &QAction::triggered, this, [this] {
+            if (m_document)
+                DocumentPrinter::printShowingPrintPanel(m_document, this, true);
+        });
+    }
+}
+
+void VXWindowController::createWarningActions()
+{
+    Actions &a = m_actions;
+    a.warnOnDelete = WindowActions::tool(this, tr("Warn Before &Deleting"), "dialog-warning");
+    a.warnOnDelete->setToolTip(tr("Ask before deleting entries"));
+    a.warnOnDuplicates = WindowActions::tool(this, tr("Warn About D&uplicate Keys"), "dialog-information");
+    a.warnOnDuplicates->setToolTip(tr("Ask before a pasted or dropped key replaces one of the same name"));
+    for (QAction *warning : {a.warnOnDelete, a.warnOnDuplicates})
+        warning->setCheckable(true);
+    connect(a.warnOnDelete, &QAction::triggered, this, [this](bool on) {
+        ApplicationSettings(m_controller->services().store.defaults, m_controller->services().center)
+            .setWarnOnDocumentDelete(on, this);
+    });
+    connect(a.warnOnDuplicates, &QAction::triggered, this, [this](bool on) {
+        ApplicationSettings(m_controller->services().store.defaults, m_controller->services().center)
+            .setWarnOnDuplicateKeys(on, this);
+    });
+    // Each button follows a change made elsewhere: the preferences window, another document window.
+    NotificationCenter &center = m_controller->services().center;
+    using namespace SettingsNotifications;
+    for (const QString &name : {VXDocumentWarningChangedNotification, VXWarnOnDuplicateKeysChangedNotification}) {
+        center.addObserver(this, name, [this](const Notification &notification) {
+            if (notification.object != this)
+                documentWarningChanged();
+        });
+    }
+    documentWarningChanged();
+}
+
+void VXWindowController::documentWarningChanged()
+{
+    const UserDefaults &defaults = m_controller->services().store.defaults;
+    m_actions.warnOnDelete->setChecked(defaults.boolForKey(SettingsKeys::VXWarnOnDocumentDelete));
+    m_actions.warnOnDuplicates->setChecked(defaults.boolForKey(SettingsKeys::VXWarnOnDuplicateKeys));
 }
 
 void VXWindowController::createApplicationActions()
 {
     Actions &a = m_actions;
     static_cast<WindowActions::ApplicationActions &>(a) = WindowActions::makeApplicationActions(this, [this] {
-        const plistDocument::Services &services = m_document->services();
+        const plistDocument::Services &services = m_controller->services();
         prefController::showPreferences(services.store.defaults, services.center);
     });
-    connect(a.getInfo, &QAction::triggered, this,
-            [this] { InfoPanel::getInfoForFiles({m_document->fileName()}); });
+    connect(a.getInfo, &QAction::triggered, this, [this] {
+        if (m_document)
+            InfoPanel::getInfoForFiles({m_document->fileName()});
+    });
     connect(a.domainBrowser, &QAction::triggered, m_controller, &VXDocumentController::domainBrowserRequested);
 }
 
@@ -189,9 +311,11 @@ void VXWindowController::createMenus()
 {
     const Actions &a = m_actions;
     QMenu *file = menuBar()->addMenu(tr("&File"));
-    file->addActions({a.open, a.close});
+    file->addActions({a.open, a.close, a.closeWindow});
     file->addSeparator();
     file->addActions({a.save, a.saveAs, a.revert});
+    file->addSeparator();
+    file->addActions({a.pageSetup, a.printPreview, a.print});
     file->addSeparator();
     file->addAction(a.getInfo);
     file->addSeparator();
@@ -205,8 +329,12 @@ void VXWindowController::createMenus()
     edit->addSeparator();
     edit->addActions({a.sort, a.reload});
     edit->addSeparator();
+    edit->addActions({a.warnOnDelete, a.warnOnDuplicates});
+    edit->addSeparator();
     edit->addAction(a.preferences);
-    WindowActions::addApplicationMenus(menuBar(), a, a.showToolbar);
+    QMenu *window = WindowActions::addApplicationMenus(menuBar(), a, a.showToolbar);
+    window->addSeparator();
+    window->addActions({a.nextTab, a.previousTab, a.moveTabLeft, a.moveTabRight});
 }
 
 void VXWindowController::createToolBar()
@@ -217,7 +345,9 @@ void VXWindowController::createToolBar()
     m_toolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_toolBar->addActions({m_actions.addLeaf, m_actions.addGroup, m_actions.addArray});
     m_toolBar->addSeparator();
-    m_toolBar->addActions({m_actions.deleteTool, m_actions.reloadTool});
+    m_toolBar->addActions({m_actions.deleteTool, m_actions.reloadTool, m_actions.printTool});
+    m_toolBar->addSeparator();
+    m_toolBar->addActions({m_actions.warnOnDelete, m_actions.warnOnDuplicates});
     auto *spring = new QWidget(m_toolBar);
     spring->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_toolBar->addWidget(spring);
@@ -237,68 +367,25 @@ void VXWindowController::createToolBar()
         if (isVisible())
             m_actions.showToolbar->setChecked(visible);
     });
-    connect(m_searchField, &SearchField::searchRequested, m_document, &plistDocument::searchDocument);
-    connect(m_searchField, &SearchField::searchCanceled, m_document, &plistDocument::searchCancel);
-}
-
-void VXWindowController::connectDocument()
-{
-    plistDocument *document = m_document;
-    connect(document, &plistDocument::editedChanged, this, &VXWindowController::refreshTitle);
-    connect(document, &plistDocument::fileNameChanged, this, &VXWindowController::refreshTitle);
-    connect(document, &plistDocument::contentAdopted, this, &VXWindowController::contentAdopted);
-    connect(document, &plistDocument::changedOnDisk, this, [this] {
-        m_diskNotice->showNotice(tr("“%1” was changed by another program. Reload it, losing your changes, "
-                                    "or keep your version?")
-                                     .arg(displayName()));
+    connect(m_searchField, &SearchField::searchRequested, this, [this](const QString &text) {
+        if (m_document && !isLoading())
+            m_document->searchDocument(text);
     });
-    connect(&document->undoManager(), &UndoManager::changed, this, &VXWindowController::refreshActions);
-    connect(document->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &VXWindowController::refreshActions);
-    connect(qApp, &QGuiApplication::applicationStateChanged, this, &VXWindowController::refreshActions);
-}
-
-void VXWindowController::contentAdopted()
-{
-    // A reload or revert shows the whole tree again: the filter applies anew.
-    if (!m_searchField->text().isEmpty())
-        m_document->searchDocument(m_searchField->text());
-    m_diskNotice->hide();
-    showReadWarnings();
-    refreshTitle();
-    refreshActions();
-}
-
-void VXWindowController::showBusy()
-{
-    m_busyText->setText(tr("Opening “%1”…").arg(displayName()));
-    m_pages->setCurrentWidget(m_busyPage);
-}
-
-void VXWindowController::showDocument()
-{
-    m_loading = false;
-    m_pages->setCurrentIndex(1);
-    m_outline->setFocus();
-    m_outline->scrollTo(m_outline->currentIndex());
-    refreshTitle();
-    refreshActions();
-}
-
-QString VXWindowController::displayName() const
-{
-    // While the content is being read the document has no file yet.
-    const bool named = m_document && !m_document->fileName().isEmpty();
-    return QFileInfo(named ? m_document->fileName() : windowFilePath()).fileName();
+    connect(m_searchField, &SearchField::searchCanceled, this, [this] {
+        if (m_document && !isLoading())
+            m_document->searchCancel();
+    });
 }
 
 void VXWindowController::refreshTitle()
 {
-    if (!m_document)
+    if (!m_document) {
+        setWindowTitle(QApplication::applicationDisplayName());
         return;
-    if (!m_document->fileName().isEmpty())
-        setWindowFilePath(m_document->fileName());
-    const bool readOnly = !m_loading && !m_document->canEditPlist();
+    }
+    const Tab *tab = tabFor(m_document);
+    setWindowFilePath(m_document->fileName().isEmpty() ? tab->path : m_document->fileName());
+    const bool readOnly = !tab->loading && !m_document->canEditPlist();
     // An empty title shows the file's name with the modified mark.
     setWindowTitle(readOnly ? tr("%1[*] — Read Only").arg(displayName()) : QString());
     setWindowModified(m_document->isDocumentEdited());
@@ -307,10 +394,13 @@ void VXWindowController::refreshTitle()
 
 void VXWindowController::refreshActions()
 {
+    const bool severalTabs = m_tabs.size() > 1;
+    for (QAction *tabAction : {m_actions.nextTab, m_actions.previousTab, m_actions.moveTabLeft, m_actions.moveTabRight})
+        tabAction->setEnabled(severalTabs);
     if (!m_document)
         return;
     const plistDocument &document = *m_document;
-    const bool ready = !m_loading;
+    const bool ready = !isLoading();
     const auto command = [&](plistDocument::Command c) { return ready && document.validateCommand(c); };
     const auto toolItem = [&](plistDocument::ToolbarItem i) {
         return ready && document.validateToolbarItem(i);
@@ -333,14 +423,20 @@ void VXWindowController::refreshActions()
     a.reload->setEnabled(command(Command::Reload));
     a.deleteTool->setEnabled(toolItem(plistDocument::ToolbarItem::DeleteItem));
     a.reloadTool->setEnabled(toolItem(plistDocument::ToolbarItem::Reload));
+    a.printTool->setEnabled(toolItem(plistDocument::ToolbarItem::Print));
+    for (QAction *print : {a.pageSetup, a.printPreview, a.print})
+        print->setEnabled(ready);
     m_searchField->setEnabled(ready);
 }
 
 void VXWindowController::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange)
-        refreshActions();
+    if (event->type() != QEvent::ActivationChange)
+        return;
+    if (isActiveWindow())
+        m_controller->windowActivated(this);
+    refreshActions();
 }
 
 void VXWindowController::showContextMenu(const QPoint &at)

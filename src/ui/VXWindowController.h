@@ -14,39 +14,54 @@ class NoticeBar;
 class OutlineItemDelegate;
 class PrefOV;
 class QLabel;
+class QProgressBar;
 class QStackedWidget;
 class QToolBar;
 class SearchField;
 class VXDocumentController;
+class VXTabItemBar;
 class plistDocument;
 
-// The window of one document: its outline, toolbar, filter field, menus and
-// notices, and the sheets the document asks for. Every decision about the
-// content is the document's; the window passes on what the user does, shows
-// what the document asks it to show, and runs the flows that need the user's
-// answer (saving, reverting, closing with edits) as sheets.
+// A document window: the tab bar, one outline, the toolbar with its filter
+// field, menus and notices, and the sheets the documents ask for. It shows
+// several documents as tabs (or one, when documents do not use tabs), one at
+// a time in the same outline: leaving a tab keeps that document's view state,
+// coming back puts it back. Every decision about the content is the
+// document's; the window passes on what the user does, shows what the
+// document asks it to show, and runs the flows that need the user's answer
+// (saving, reverting, closing with edits) as sheets.
 //
-// The document belongs to the document controller, which also decides which
-// window shows it; until its content has been read the window shows a busy
-// page instead of the outline.
+// The documents belong to the document controller, which also decides which
+// window shows them; until a document's content has been read its tab shows
+// a busy page instead of the outline.
 class VXWindowController : public QMainWindow, public DocumentScreen {
     Q_OBJECT
 public:
     // With the application's windows, reached from every document window.
     struct Actions : WindowActions::ApplicationActions {
-        QAction *open, *close, *save, *saveAs, *revert, *quit;
+        QAction *open, *close, *closeWindow, *save, *saveAs, *revert, *quit;
+        QAction *pageSetup, *printPreview, *print;
         QAction *undo, *redo, *deleteItem, *addLeaf, *addGroup, *addArray, *sort, *reload;
         QAction *showToolbar;
+        // The tabs: the next and previous one, and moving the current one.
+        QAction *nextTab, *previousTab, *moveTabLeft, *moveTabRight;
+        // The two warning buttons, in step with the preferences window.
+        QAction *warnOnDelete, *warnOnDuplicates;
         // Takes the keyboard to the filter field; in no menu, named by the field's tooltip.
         QAction *search;
         // The toolbar's own items, enabled by the toolbar's rules.
-        QAction *deleteTool, *reloadTool;
+        QAction *deleteTool, *reloadTool, *printTool;
     };
 
-    VXWindowController(plistDocument *document, VXDocumentController *controller, QWidget *parent = nullptr);
+    explicit VXWindowController(VXDocumentController *controller, QWidget *parent = nullptr);
     ~VXWindowController() override;
 
+    // The document shown now.
     plistDocument *document() const { return m_document; }
+    // The window's documents in tab order.
+    QList<plistDocument *> documents() const;
+    int indexOfDocument(const plistDocument *document) const;
+    VXTabItemBar *tabBar() const { return m_tabBar; }
     PrefOV *outlineView() const { return m_outline; }
     SearchField *searchField() const { return m_searchField; }
     QToolBar *toolBar() const { return m_toolBar; }
@@ -54,12 +69,25 @@ public:
     NoticeBar *warningNotice() const { return m_warningNotice; }
     const Actions &actions() const { return m_actions; }
 
+    // ---- the documents ----
+    // A new tab for document, read from path, shown at once.
+    void addDocument(plistDocument *document, const QString &path);
+    // Shows the document's tab, keeping the view state of the one left.
+    void selectDocument(plistDocument *document);
+    void selectDocumentAt(int index);
+    // The document has gone (closed, or its read failed); with the last one the window closes.
+    void removeDocument(plistDocument *document);
+    // Save As gave the document a new file.
+    void updateTabName(plistDocument *document, const QString &title);
+
     // ---- loading ----
-    bool isLoading() const { return m_loading; }
+    // Whether the document shown is still being read.
+    bool isLoading() const;
+    bool isLoading(const plistDocument *document) const;
     // The busy page, for a read that is taking a while.
-    void showBusy();
-    // The document holds its content now: the outline, focused.
-    void showDocument();
+    void showBusy(plistDocument *document);
+    // The document holds its content now: the outline, focused, if its tab is shown.
+    void documentLoaded(plistDocument *document);
 
     // ---- flows that ask the user ----
     // Saves, asking first when the file must change format or was changed by
@@ -68,9 +96,12 @@ public:
     void saveDocumentAs();
     bool saveDocumentTo(const QString &path, PropertyListFormat format);
     void revertDocumentToSaved();
-    // Asks what becomes of unsaved edits; done gets whether the window may close.
-    void confirmClose(std::function<void(bool mayClose)> done);
-    // Closes, the question about edits having been answered.
+    // Asks what becomes of the document's unsaved edits, showing its tab; done
+    // gets whether it may close.
+    void confirmClose(plistDocument *document, std::function<void(bool mayClose)> done);
+    // Closes the tab, asking first when its document is edited.
+    void closeTab(int index);
+    // Closes the window, the questions about edits having been answered.
     void closeWithoutAsking();
 
     // ---- DocumentScreen ----
@@ -93,29 +124,58 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    struct Tab {
+        plistDocument *document;
+        QString path;              // as opened, until the document has its file
+        bool loading = true;
+        bool busyShown = false;
+        bool diskChanged = false;  // the notice about another program's change is due
+        bool warningsClosed = false;
+    };
+
     void createWidgets();
+    void createTabBar();
     void createBusyPage();
     void createActions();
+    void createTabActions();
+    void createWarningActions();
+    void createPrintActions();
     void createApplicationActions();
     void createMenus();
     void createToolBar();
     void createNotices();
-    void connectDocument();
+    void connectDocument(plistDocument *document);
+    void leaveCurrentDocument();
+    void showCurrentDocument();
+    void showCurrentPage();
+    void refreshTab(plistDocument *document);
+    void documentWarningChanged();
+    void closeDocuments(QList<QPointer<plistDocument>> edited);
+    void moveCurrentTab(int step);
+    Tab *tabFor(const plistDocument *document);
+    const Tab *tabFor(const plistDocument *document) const;
     void refreshActions();
     void refreshTitle();
-    void contentAdopted();
+    void contentAdopted(plistDocument *document);
     void showReadWarnings();
     void showContextMenu(const QPoint &at);
     void writeDocument(const std::function<void(bool)> &done);
     void showSaveError(const QString &reason);
+    void forgetDiskChange();
     QString displayName() const;
+    QString displayName(const plistDocument *document) const;
+    // The document shown runs command; nothing happens while there is none.
+    void onDocument(QAction *action, void (plistDocument::*command)());
 
-    QPointer<plistDocument> m_document;
+    QList<Tab> m_tabs; // the window's documents, in tab order
+    QPointer<plistDocument> m_document; // the one shown
     VXDocumentController *m_controller;
+    VXTabItemBar *m_tabBar = nullptr;
     Actions m_actions{};
     QStackedWidget *m_pages = nullptr;
     QWidget *m_busyPage = nullptr;
     QLabel *m_busyText = nullptr;
+    QProgressBar *m_busyIndicator = nullptr;
     PrefOV *m_outline = nullptr;
     OutlineItemDelegate *m_delegate = nullptr;
     ClassPopUpDelegate *m_classDelegate = nullptr;
@@ -123,7 +183,6 @@ private:
     SearchField *m_searchField = nullptr;
     NoticeBar *m_diskNotice = nullptr;
     NoticeBar *m_warningNotice = nullptr;
-    bool m_loading = true;
     bool m_closeAnswered = false;
     bool m_asking = false;
 };

@@ -5,6 +5,7 @@
 #include "document/plistDocument.h"
 #include "ui/NoticeBar.h"
 #include "ui/Sheet.h"
+#include "ui/VXDocumentController.h"
 
 #include <QCloseEvent>
 #include <QFileDialog>
@@ -56,8 +57,15 @@ void VXWindowController::writeDocument(const std::function<void(bool)> &done)
         done(false);
         return;
     }
-    m_diskNotice->hide();
+    forgetDiskChange();
     done(true);
+}
+
+void VXWindowController::forgetDiskChange()
+{
+    m_diskNotice->hide();
+    if (Tab *tab = tabFor(m_document))
+        tab->diskChanged = false;
 }
 
 void VXWindowController::showSaveError(const QString &reason)
@@ -89,7 +97,7 @@ bool VXWindowController::saveDocumentTo(const QString &path, PropertyListFormat 
         showSaveError(reason);
         return false;
     }
-    m_diskNotice->hide();
+    forgetDiskChange();
     return true;
 }
 
@@ -105,13 +113,14 @@ void VXWindowController::revertDocumentToSaved()
                });
 }
 
-void VXWindowController::confirmClose(std::function<void(bool mayClose)> done)
+void VXWindowController::confirmClose(plistDocument *document, std::function<void(bool mayClose)> done)
 {
-    if (m_loading || !m_document->isDocumentEdited())
+    if (isLoading(document) || !document->isDocumentEdited())
         return done(true);
     if (m_asking)
-        return done(false); // the question is on screen already
+        return done(false); // a question is on screen already
     m_asking = true;
+    selectDocument(document);
     raise();
     activateWindow();
     Sheet::ask(this, QMessageBox::Warning,
@@ -129,6 +138,17 @@ void VXWindowController::confirmClose(std::function<void(bool mayClose)> done)
                });
 }
 
+void VXWindowController::closeTab(int index)
+{
+    if (index < 0 || index >= m_tabs.size())
+        return;
+    const QPointer<plistDocument> document = m_tabs[index].document;
+    confirmClose(document, [this, document](bool mayClose) {
+        if (mayClose && document)
+            m_controller->closeDocument(document);
+    });
+}
+
 void VXWindowController::closeWithoutAsking()
 {
     m_closeAnswered = true;
@@ -137,13 +157,34 @@ void VXWindowController::closeWithoutAsking()
 
 void VXWindowController::closeEvent(QCloseEvent *event)
 {
-    if (m_closeAnswered || m_loading || !m_document->isDocumentEdited()) {
+    QList<QPointer<plistDocument>> edited;
+    for (const Tab &tab : std::as_const(m_tabs)) {
+        if (!tab.loading && tab.document->isDocumentEdited())
+            edited.append(tab.document);
+    }
+    if (m_closeAnswered || edited.isEmpty()) {
         event->accept();
         return;
     }
     event->ignore();
-    confirmClose([this](bool mayClose) {
-        if (mayClose)
-            closeWithoutAsking();
+    closeDocuments(edited);
+}
+
+// Asks about each edited document in turn, closing its tab once answered;
+// the window closes after the last, and stays with the rest when one is cancelled.
+void VXWindowController::closeDocuments(QList<QPointer<plistDocument>> edited)
+{
+    while (!edited.isEmpty() && !edited.first())
+        edited.removeFirst();
+    if (edited.isEmpty())
+        return closeWithoutAsking();
+    const QPointer<plistDocument> document = edited.takeFirst();
+    confirmClose(document, [this, document, edited](bool mayClose) {
+        if (!mayClose)
+            return;
+        if (document)
+            m_controller->closeDocument(document);
+        // Closing the last tab has closed the window.
+        closeDocuments(edited);
     });
 }

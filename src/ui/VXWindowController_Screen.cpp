@@ -95,7 +95,7 @@ void VXWindowController::scrollRectToVisible(const QRect &rect) { m_outline->set
 void VXWindowController::showReadWarnings()
 {
     const QList<ReadWarning> &warnings = m_document->readWarnings();
-    if (warnings.isEmpty()) {
+    if (warnings.isEmpty() || tabFor(m_document)->warningsClosed) {
         m_warningNotice->hide();
         return;
     }

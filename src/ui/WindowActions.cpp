@@ -43,11 +43,13 @@ ApplicationActions makeApplicationActions(QWidget *window, const std::function<v
     return a;
 }
 
-void addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar)
+QMenu *addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar)
 {
     menuBar->addMenu(QApplication::translate("WindowActions", "&View"))->addAction(showToolbar);
-    menuBar->addMenu(QApplication::translate("WindowActions", "&Window"))->addAction(actions.domainBrowser);
+    QMenu *window = menuBar->addMenu(QApplication::translate("WindowActions", "&Window"));
+    window->addAction(actions.domainBrowser);
     menuBar->addMenu(QApplication::translate("WindowActions", "&Help"))->addActions({actions.about, actions.aboutQt});
+    return window;
 }
 
 } // namespace WindowActions

@@ -5,6 +5,7 @@
 #include <functional>
 
 class QAction;
+class QMenu;
 class QMenuBar;
 class QObject;
 class QString;
@@ -28,6 +29,7 @@ struct ApplicationActions {
 };
 ApplicationActions makeApplicationActions(QWidget *window, const std::function<void()> &showPreferences);
 // The menus after a window's own File and Edit: View with showToolbar, Window, Help.
-void addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar);
+// Answers the Window menu, for the window's own items.
+QMenu *addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar);
 
 } // namespace WindowActions

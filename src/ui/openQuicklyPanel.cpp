@@ -41,11 +41,12 @@ openQuicklyPanel::openQuicklyPanel(openDomain &application, VXDocumentController
     createApplicationActions();
     createMenus();
     createToolBar();
-    connect(&application, &openDomain::openRequested, this, [this](const QString &path) {
-        // The registration domain's document knows itself by its file name,
-        // and opens read-only; without tabs every document has its own window.
-        m_documents.openDocument(path);
-    });
+    connect(&application, &openDomain::openRequested, this,
+            [this](const QString &path, bool /*registrationDomain*/, bool newWindow) {
+                // The registration domain's document knows itself by its file
+                // name, and opens read-only.
+                m_documents.openDocument(path, newWindow);
+            });
     connect(&application.undoManager(), &UndoManager::changed, this, &openQuicklyPanel::refreshActions);
     connect(application.selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &openQuicklyPanel::selectionChanged);

@@ -1,7 +1,7 @@
 // The document window driven as a user drives it: keys into the outline and
 // its editors, the menu's actions, the sheets' buttons, and a window closed
 // while its file is still being read.
-#include "DomainSandbox.h"
+#include "DocumentSession.h"
 #include "TestRegistry.h"
 
 #include "document/plistDocument.h"
@@ -33,61 +33,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A throw-away account with the application's settings, and its documents.
-struct Session {
-    Session()
-    {
-        ApplicationSettings::registerDefaults(defaults, AppearanceDefaults::fallback(),
-                                              QDateTime::currentDateTimeUtc());
-    }
-
-    QString write(const char *text, const QString &name = u"doc.plist"_s)
-    {
-        const auto value = PropertyListSerialization::read(QByteArray(text)).value.value;
-        return sandbox.write(name, PropertyListSerialization::write(value, PropertyListFormat::Xml));
-    }
-    // The window of path once its content is shown.
-    VXWindowController *open(const QString &path)
-    {
-        VXWindowController *window = documents.openDocument(path);
-        if (!QTest::qWaitFor([window] { return !window->isLoading(); }))
-            return nullptr;
-        window->activateWindow();
-        return QTest::qWaitForWindowActive(window) ? window : nullptr;
-    }
-
-    DomainSandbox sandbox;
-    PreferencesService service;
-    NotificationCenter center;
-    UserDefaults defaults{service, center};
-    VXDocumentController documents{{{service, defaults}, center}};
-};
-
-QString names(const plistDocument &document)
-{
-    QStringList names;
-    for (const PListNodePtr &child : document.treeData()->children())
-        names << child->name();
-    return names.join(u' ');
-}
-
 // The cell editor that has the keyboard, if one does.
 QLineEdit *openEditor(const VXWindowController &window)
 {
     auto *focused = qobject_cast<QLineEdit *>(QApplication::focusWidget());
     return focused && window.outlineView()->isAncestorOf(focused) ? focused : nullptr;
-}
-
-// Clicks the button of that title on the window's sheet (by default its message box).
-void answer(QWidget *window, const QString &button, QWidget *sheet = nullptr)
-{
-    QVERIFY(sheet || QTest::qWaitFor(
-                         [&] { return (sheet = window->findChild<QMessageBox *>()) && sheet->isVisible(); }));
-    for (QAbstractButton *candidate : sheet->findChildren<QAbstractButton *>()) {
-        if (candidate->text() == button)
-            return candidate->click();
-    }
-    QFAIL(qPrintable(u"no button "_s + button));
 }
 
 } // namespace
