@@ -33,10 +33,14 @@ TabColors tabColors(const UserDefaults &defaults, const QPalette &palette)
                 color(VXTabActiveBackgroundColor), color(VXTabOverflowChevronColor)};
     }
     // The roles the registered tab colours are made of; the inactive highlight
-    // softened where the style paints it as strong as the active one.
-    const QColor disabledText = palette.color(QPalette::Disabled, QPalette::Text);
-    return {palette.color(QPalette::Active, QPalette::Text), SystemAppearance::backgroundHighlight(palette),
-            disabledText, palette.color(QPalette::Active, QPalette::Light), disabledText};
+    // softened where the style paints it as strong as the active one. The
+    // disabled grey is too faint on it for a title that is read all day, so
+    // the other tabs' titles are the text colour, a little lighter.
+    const QColor text = palette.color(QPalette::Active, QPalette::Text);
+    QColor otherTitles = text;
+    otherTitles.setAlphaF(0.7f);
+    return {text, SystemAppearance::backgroundHighlight(palette), otherTitles,
+            palette.color(QPalette::Active, QPalette::Light), palette.color(QPalette::Disabled, QPalette::Text)};
 }
 
 QFont tabFont(const UserDefaults &defaults)

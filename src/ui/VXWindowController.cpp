@@ -20,6 +20,8 @@
 #include "ui/WindowActions.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QHBoxLayout>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
@@ -41,6 +43,7 @@ VXWindowController::VXWindowController(VXDocumentController *controller, QWidget
     createApplicationActions();
     createMenus();
     createToolBar();
+    createStatusBar();
     refreshActions();
 }
 
@@ -91,16 +94,32 @@ void VXWindowController::createWidgets()
     centralLayout->addWidget(m_pages, 1);
     setCentralWidget(central);
 
-    // The status bar shows only for a read-only document, and says so.
+}
+
+// The status bar holds the two warning buttons, and says when a document is read-only.
+void VXWindowController::createStatusBar()
+{
+    for (QAction *warning : {m_actions.warnOnDelete, m_actions.warnOnDuplicates}) {
+        auto *box = new QCheckBox(warning->text().remove(QLatin1Char('&')));
+        box->setToolTip(warning->toolTip());
+        box->setChecked(warning->isChecked());
+        connect(box, &QCheckBox::clicked, warning, &QAction::trigger);
+        connect(warning, &QAction::toggled, box, &QCheckBox::setChecked);
+        statusBar()->addWidget(box);
+    }
+    m_readOnlyBadge = new QWidget;
+    auto *badge = new QHBoxLayout(m_readOnlyBadge);
+    badge->setContentsMargins(0, 0, 0, 0);
     const QIcon lock = QIcon::fromTheme(QStringLiteral("object-locked"));
     if (!lock.isNull()) {
         auto *lockIcon = new QLabel;
         lockIcon->setPixmap(lock.pixmap(16));
-        statusBar()->addPermanentWidget(lockIcon);
+        badge->addWidget(lockIcon);
     }
     auto *readOnly = new QLabel(tr("Read Only"));
     readOnly->setToolTip(tr("This document cannot be changed: its file may not be written."));
-    statusBar()->addPermanentWidget(readOnly);
+    badge->addWidget(readOnly);
+    statusBar()->addPermanentWidget(m_readOnlyBadge);
     statusBar()->setSizeGripEnabled(false);
 }
 
@@ -260,9 +279,9 @@ void VXWindowController::createPrintActions()
 void VXWindowController::createWarningActions()
 {
     Actions &a = m_actions;
-    a.warnOnDelete = WindowActions::tool(this, tr("Warn Before &Deleting"), "dialog-warning");
+    a.warnOnDelete = WindowActions::make(this, tr("Warn Before &Deleting"));
     a.warnOnDelete->setToolTip(tr("Ask before deleting entries"));
-    a.warnOnDuplicates = WindowActions::tool(this, tr("Warn About D&uplicate Keys"), "dialog-information");
+    a.warnOnDuplicates = WindowActions::make(this, tr("Warn About D&uplicate Keys"));
     a.warnOnDuplicates->setToolTip(tr("Ask before a pasted or dropped key replaces one of the same name"));
     for (QAction *warning : {a.warnOnDelete, a.warnOnDuplicates})
         warning->setCheckable(true);
@@ -346,8 +365,6 @@ void VXWindowController::createToolBar()
     m_toolBar->addActions({m_actions.addLeaf, m_actions.addGroup, m_actions.addArray});
     m_toolBar->addSeparator();
     m_toolBar->addActions({m_actions.deleteTool, m_actions.reloadTool, m_actions.printTool});
-    m_toolBar->addSeparator();
-    m_toolBar->addActions({m_actions.warnOnDelete, m_actions.warnOnDuplicates});
     auto *spring = new QWidget(m_toolBar);
     spring->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_toolBar->addWidget(spring);
@@ -389,7 +406,7 @@ void VXWindowController::refreshTitle()
     // An empty title shows the file's name with the modified mark.
     setWindowTitle(readOnly ? tr("%1[*] — Read Only").arg(displayName()) : QString());
     setWindowModified(m_document->isDocumentEdited());
-    statusBar()->setVisible(readOnly);
+    m_readOnlyBadge->setVisible(readOnly);
 }
 
 void VXWindowController::refreshActions()

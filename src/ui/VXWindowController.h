@@ -144,6 +144,7 @@ private:
     void createMenus();
     void createToolBar();
     void createNotices();
+    void createStatusBar();
     void connectDocument(plistDocument *document);
     void leaveCurrentDocument();
     void showCurrentDocument();
@@ -164,6 +165,7 @@ private:
     void forgetDiskChange();
     QString displayName() const;
     QString displayName(const plistDocument *document) const;
+    QString tabTitle(const plistDocument *document) const;
     // The document shown runs command; nothing happens while there is none.
     void onDocument(QAction *action, void (plistDocument::*command)());
 
@@ -183,6 +185,7 @@ private:
     SearchField *m_searchField = nullptr;
     NoticeBar *m_diskNotice = nullptr;
     NoticeBar *m_warningNotice = nullptr;
+    QWidget *m_readOnlyBadge = nullptr;
     bool m_closeAnswered = false;
     bool m_asking = false;
 };

@@ -63,7 +63,7 @@ void VXWindowController::addDocument(plistDocument *document, const QString &pat
     m_tabs.append({document, path});
     connectDocument(document);
     const int index = int(m_tabs.size() - 1);
-    m_tabBar->createNewTabWithTitle(displayName(document), index);
+    m_tabBar->createNewTabWithTitle(tabTitle(document), index);
     m_tabBar->setTabToolTip(index, path);
     selectDocumentAt(index);
 }
@@ -196,7 +196,7 @@ void VXWindowController::connectDocument(plistDocument *document)
 {
     connect(document, &plistDocument::editedChanged, this, [this, document] { refreshTab(document); });
     connect(document, &plistDocument::fileNameChanged, this, [this, document] {
-        updateTabName(document, displayName(document));
+        updateTabName(document, tabTitle(document));
         refreshTab(document);
     });
     connect(document, &plistDocument::contentAdopted, this, [this, document] { contentAdopted(document); });
@@ -249,7 +249,7 @@ void VXWindowController::documentLoaded(plistDocument *document)
     if (!tab)
         return;
     tab->loading = false;
-    m_tabBar->updateTabName(indexOfDocument(document), displayName(document));
+    m_tabBar->updateTabName(indexOfDocument(document), tabTitle(document));
     if (document == m_document)
         showCurrentPage();
 }
@@ -264,4 +264,14 @@ QString VXWindowController::displayName(const plistDocument *document) const
     // While the content is being read the document has no file yet.
     const QString file = document->fileName().isEmpty() ? tab->path : document->fileName();
     return QFileInfo(file).fileName();
+}
+
+QString VXWindowController::tabTitle(const plistDocument *document) const
+{
+    // Nearly every document is a ".plist": a narrow tab shows more of the name
+    // without it. The tooltip has the whole path.
+    const QString name = displayName(document);
+    const QString suffix = QStringLiteral(".plist");
+    return name.endsWith(suffix, Qt::CaseInsensitive) && name.size() > suffix.size() ? name.chopped(suffix.size())
+                                                                                     : name;
 }
