@@ -48,6 +48,9 @@ bool isDeleteKey(const QKeyEvent &event)
     return modifiers == Qt::NoModifier && (event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace);
 }
 
+constexpr int kKeyColumnWidth = 280;
+constexpr int kClassColumnWidth = 100;
+
 } // namespace
 
 PrefOV::PrefOV(QWidget *parent) : QTreeView(parent)
@@ -71,10 +74,25 @@ void PrefOV::setDocument(plistDocument *document)
     if (m_document)
         m_document->services().center.removeObserver(this);
     m_document = document;
+    // One outline shows each tab's document in turn: the columns keep the
+    // widths and order the user gave them, which a new model would reset.
+    const bool hadColumns = header()->count() > 0;
+    const QByteArray columns = header()->saveState();
+    QItemSelectionModel *made = nullptr;
     setModel(document ? document->outlineModel() : nullptr);
     if (!document)
         return;
+    made = selectionModel();
     setSelectionModel(document->selectionModel());
+    if (made && made->parent() == this)
+        made->deleteLater();
+    if (hadColumns) {
+        header()->restoreState(columns);
+    } else {
+        header()->resizeSection(OutlineModel::KeyColumn, kKeyColumnWidth);
+        header()->resizeSection(OutlineModel::ClassColumn, kClassColumnWidth);
+    }
+    outlineViewColumnDidMove();
     applyRowColors();
     using namespace SettingsNotifications;
     for (const QString &name : {VXUseCustomColorsChangedNotification, VXColorsChangedNotification})

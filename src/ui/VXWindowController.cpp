@@ -68,8 +68,6 @@ void VXWindowController::createWidgets()
     m_classDelegate = new ClassPopUpDelegate(this);
     m_outline->setItemDelegate(m_delegate);
     m_outline->setItemDelegateForColumn(DocumentScreen::ClassColumn, m_classDelegate);
-    m_outline->header()->resizeSection(DocumentScreen::KeyColumn, 280);
-    m_outline->header()->resizeSection(DocumentScreen::ClassColumn, 100);
     m_outline->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_outline, &QWidget::customContextMenuRequested, this, &VXWindowController::showContextMenu);
 

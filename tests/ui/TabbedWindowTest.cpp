@@ -11,6 +11,7 @@
 #include "ui/VXTabItemBar.h"
 
 #include <QApplication>
+#include <QHeaderView>
 
 namespace {
 
@@ -82,6 +83,7 @@ void TabbedWindowTest::switchingKeepsEachDocumentsView()
     PrefOV *outline = window->outlineView();
 
     window->selectDocument(firstDocument);
+    outline->header()->resizeSection(0, 123);
     outline->expandAll();
     firstDocument->selectRow(2); // a/b/c
     const PListNode *selected = firstDocument->selectedNode();
@@ -89,6 +91,7 @@ void TabbedWindowTest::switchingKeepsEachDocumentsView()
     window->actions().nextTab->trigger();
     QCOMPARE(window->document()->fileName(), second);
     QCOMPARE(window->document()->selectedNode()->name(), u"apple"_s);
+    QCOMPARE(outline->header()->sectionSize(0), 123); // the columns are the window's
     QVERIFY(!outline->isExpanded(outline->indexOf(window->document()->treeData()->childAtIndex(1).get())));
     window->actions().previousTab->trigger();
     QCOMPARE(firstDocument->selectedNode(), selected);
