@@ -6,11 +6,14 @@
 
 #include "document/plistDocument.h"
 #include "domains/SettingsKeys.h"
+#include "ui/DocumentPrinter.h"
 #include "ui/PrefOV.h"
 #include "ui/SearchField.h"
 #include "ui/VXTabItemBar.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QPrinter>
 #include <QHeaderView>
 
 namespace {
@@ -34,6 +37,7 @@ private slots:
     void switchingKeepsEachDocumentsView();
     void closingTabsAndQuitting();
     void warningButtonsFollowTheSettings();
+    void manyTabsInANarrowWindowThenPrinted();
 };
 
 void TabbedWindowTest::tabsOrWindows_data()
@@ -161,6 +165,32 @@ void TabbedWindowTest::warningButtonsFollowTheSettings()
     // The preferences window's box posts the same notice.
     ApplicationSettings(session.defaults, session.center).setWarnOnDocumentDelete(true, nullptr);
     QVERIFY(mine.warnOnDelete->isChecked() && other.warnOnDelete->isChecked());
+}
+
+void TabbedWindowTest::manyTabsInANarrowWindowThenPrinted()
+{
+    Session session;
+    QStringList paths;
+    for (int i = 0; i < 8; ++i)
+        paths << session.write("{a = 1; b = {c = 2;};}", u"document%1.plist"_s.arg(i));
+    VXWindowController *window = openAll(session, paths).last();
+    QVERIFY(window);
+    const VXTabItemBar *bar = window->tabBar();
+    window->resize(400, 300);
+    QTRY_VERIFY(!bar->hiddenIndexes().isEmpty());
+    QCOMPARE(bar->numberOfTabs() + bar->hiddenIndexes().size(), 8);
+    QVERIFY(bar->visibleIndexes().contains(bar->selectedDocument()));
+    window->resize(1400, 300);
+    QTRY_COMPARE(bar->numberOfTabs(), 8);
+
+    QPrinter *printer = DocumentPrinter::printInfo(window->document());
+    printer->setOutputFormat(QPrinter::PdfFormat);
+    printer->setOutputFileName(session.sandbox.home() + u"/printed.pdf"_s);
+    DocumentPrinter::printShowingPrintPanel(window->document(), window, false);
+    QFile printed(printer->outputFileName());
+    QVERIFY(printed.open(QIODevice::ReadOnly));
+    const QByteArray pdf = printed.readAll();
+    QVERIFY(pdf.startsWith("%PDF-") && pdf.contains("/Type /Page"));
 }
 
 ORVANE_TEST(TabbedWindowTest)
