@@ -197,6 +197,41 @@ void TabBarFitting::updateTabName(int index, const QString &title)
         m_state.popUpMenu[item].title = title;
 }
 
+void TabBarFitting::arrangeAround(int selected)
+{
+    const int shown = numberOfTabs();
+    const int total = count();
+    if (shown == 0)
+        return;
+    // The first tab marks where the run starts: the operations add, hide and
+    // swap tabs at the right end only.
+    int first = m_state.tabItemViews.first().index;
+    if (selected >= 0 && selected < total)
+        first = std::clamp(first, selected - shown + 1, selected);
+    first = std::clamp(first, 0, total - shown);
+    QList<QString> titles(total);
+    bool inOrder = true;
+    for (int i = 0; i < shown; ++i) {
+        const Tab &tab = m_state.tabItemViews.at(i);
+        titles[tab.index] = tab.title;
+        inOrder = inOrder && tab.index == first + i;
+    }
+    for (const OverflowItem &item : m_state.popUpMenu)
+        titles[item.tag] = item.title;
+    if (inOrder && std::is_sorted(m_state.popUpMenu.cbegin(), m_state.popUpMenu.cend(),
+                                  [](const OverflowItem &a, const OverflowItem &b) { return a.tag < b.tag; }))
+        return;
+    m_state.tabItemViews.clear();
+    m_state.popUpMenu.clear();
+    for (int index = 0; index < total; ++index) {
+        if (index >= first && index < first + shown)
+            m_state.tabItemViews.append({index, titles.at(index), 0.0f, m_state.currentTabWidth});
+        else
+            m_state.popUpMenu.append({titles.at(index), index});
+    }
+    relayout();
+}
+
 float TabBarFitting::rightEdge() const
 {
     if (m_state.tabItemViews.isEmpty())

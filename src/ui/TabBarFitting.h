@@ -86,6 +86,12 @@ public:
     // last visible tab, so the shown document always has a visible tab.
     void setSelectedDocument(int index);
     void updateTabName(int index, const QString &title);
+    // The operations above work on the ends of the strip and the menu and so
+    // leave tabs out of document order; a window applies this after each of
+    // them. The visible tabs become a run of consecutive indexes, as many as
+    // are shown now, that holds selected (-1: none) and is slid from where the
+    // strip starts as little as that needs; the menu holds the rest by index.
+    void arrangeAround(int selected);
 
 private:
     float room() const { return m_state.barWidth - kChevronRoom; }

@@ -206,7 +206,11 @@ void VXTabItemBar::mousePressEvent(QMouseEvent *event)
 {
     const QPoint position = event->position().toPoint();
     if (m_menu && chevronRect().contains(position) && event->button() == Qt::LeftButton) {
-        m_menu->popup(mapToGlobal(chevronRect().bottomLeft()));
+        // Right-aligned under the chevron, as a menu under a button at the
+        // window's right end opens, so that it stays on the screen.
+        const QRect chevron = chevronRect();
+        const int left = chevron.right() + 1 - m_menu->sizeHint().width();
+        m_menu->popup(mapToGlobal(QPoint(left, chevron.bottom() + 1)));
         return;
     }
     const int slot = slotAt(position);
@@ -257,6 +261,9 @@ void VXTabItemBar::applyAppearance()
 
 void VXTabItemBar::sync()
 {
+    // Whatever the fitting did at the strip's ends, the user reads the tabs
+    // in document order, as Ctrl+Tab walks them.
+    m_fitting.arrangeAround(m_fitting.selectedDocument());
     const QList<TabBarFitting::Tab> &tabs = m_fitting.tabItemViews();
     while (m_views.size() < tabs.size()) {
         auto *view = new VXTabItemView(this);

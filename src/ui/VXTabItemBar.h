@@ -14,8 +14,9 @@ class UserDefaults;
 
 // The tab strip of a document window that holds several documents. Every tab
 // has the same width, fitted to the bar whenever it is resized or a tab comes
-// or goes; the tabs that do not fit are kept in a menu behind the chevron at
-// the right end. Indexes are positions in the window's document list. The bar
+// or goes. The tabs shown are consecutive documents in list order around the
+// selected one; those before and after them are kept, in order, in a menu
+// behind the chevron at the right end. Indexes are positions in the window's document list. The bar
 // decides nothing for the window: a click asks for a tab (tabSelected), the
 // close box or a middle click asks to close one (tabCloseRequested), and the
 // window answers with setSelectedDocument or removeTabView. A drag reorders
@@ -67,7 +68,8 @@ private:
     };
     // Colours and font from the settings, and the height that follows the font.
     void applyAppearance();
-    // The tab views and the menu after a change of the fitting.
+    // The tab views and the menu after a change of the fitting, the tabs
+    // first put back in document order around the selected one.
     void sync();
     void syncMenu();
     int slotAt(const QPoint &position) const;

@@ -1,6 +1,7 @@
 // The tab bar's common width and its overflow menu: the width moves in steps
 // of 0.1 between 85 and 160, a live resize moves one tab at a time, a maximise
-// all at once, and hidden tabs come back at the right end under their index.
+// all at once, and hidden tabs come back at the right end under their index;
+// arranged, the visible tabs are consecutive documents around the shown one.
 #include "TestRegistry.h"
 
 #include "ui/TabBarFitting.h"
@@ -219,6 +220,55 @@ private slots:
         for (const auto &tab : fitting.tabItemViews())
             QCOMPARE(tab.width, fitting.currentTabWidth());
         QCOMPARE(titles(fitting), names);
+    }
+
+    // Each operation of a comma-separated list is followed by the arrangement,
+    // as the bar does it.
+    void keepsDocumentOrder_data()
+    {
+        QTest::addColumn<float>("bar");
+        QTest::addColumn<int>("shown");
+        QTest::addColumn<int>("hidden");
+        QTest::addColumn<int>("selected");
+        QTest::addColumn<QString>("operations");
+        QTest::addColumn<QList<int>>("visible");
+        QTest::addColumn<QString>("names");
+        using L = QList<int>;
+        // The fitting keeps 0, 1 and 5; the run of three ends at the shown tab.
+        QTest::newRow("the run holds the shown tab")
+            << 600.0f << 6 << 4 << 5 << u"zoom 300"_s << L{3, 4, 5} << u"d3 d4 d5 | d0 d1 d2 d6 d7 d8 d9"_s;
+        QTest::newRow("a choice from the menu comes in without reordering")
+            << 300.0f << 3 << 5 << 0 << u"select 6"_s << L{4, 5, 6} << u"d4 d5 d6 | d0 d1 d2 d3 d7"_s;
+        QTest::newRow("the run slides no further than needed")
+            << 300.0f << 3 << 5 << 0 << u"select 6, select 3"_s << L{3, 4, 5}
+            << u"d3 d4 d5 | d0 d1 d2 d6 d7"_s;
+        // The removal brings document 0 back; the run ends at the list's end.
+        QTest::newRow("at the list's end the run takes tabs from before it")
+            << 300.0f << 3 << 5 << 0 << u"select 7, remove 7"_s << L{4, 5, 6} << u"d4 d5 d6 | d0 d1 d2 d3"_s;
+        QTest::newRow("a tab moved past the run's end takes the run along")
+            << 300.0f << 3 << 3 << 2 << u"move 2 3"_s << L{1, 2, 3} << u"d1 d3 d2 | d0 d4 d5"_s;
+    }
+    void keepsDocumentOrder()
+    {
+        QFETCH(float, bar);
+        QFETCH(int, shown);
+        QFETCH(int, hidden);
+        QFETCH(int, selected);
+        QFETCH(QString, operations);
+        QFETCH(QList<int>, visible);
+        QFETCH(QString, names);
+        TabBarFitting fitting(arrangement(bar, shown, hidden, 85.0f, selected));
+        for (const QString &operation : operations.split(u", "_s)) {
+            perform(fitting, operation);
+            fitting.arrangeAround(fitting.selectedDocument());
+        }
+        QCOMPARE(fitting.visibleIndexes(), visible);
+        QCOMPARE(titles(fitting), names);
+        float x = 1.0f;
+        for (const auto &tab : fitting.tabItemViews()) {
+            QCOMPARE(tab.x, x);
+            x += fitting.currentTabWidth();
+        }
     }
 };
 

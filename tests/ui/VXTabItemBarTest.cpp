@@ -149,11 +149,18 @@ private slots:
     {
         Window window(8, 500);
         QCOMPARE(window.bar->hiddenIndexes(), (QList<int>{5, 6, 7}));
-        window.bar->popUpMenu()->actions().at(1)->trigger();
-        QCOMPARE(window.bar->visibleIndexes(), (QList<int>{0, 1, 2, 3, 6}));
-        QCOMPARE(window.bar->hiddenIndexes(), (QList<int>{5, 4, 7}));
+        // Under the chevron at the window's right end, right-aligned to stay on screen.
+        const QRect chevron = window.bar->chevronRect();
+        QTest::mouseClick(window.bar, Qt::LeftButton, {}, chevron.center());
+        QMenu *menu = window.bar->popUpMenu();
+        QTRY_VERIFY(menu->isVisible());
+        QCOMPARE(menu->geometry().topRight(), window.bar->mapToGlobal(chevron.bottomRight() + QPoint(0, 1)));
+        menu->actions().at(1)->trigger();
+        QCOMPARE(window.bar->visibleIndexes(), (QList<int>{2, 3, 4, 5, 6}));
+        QCOMPARE(window.bar->hiddenIndexes(), (QList<int>{0, 1, 7}));
+        QCOMPARE(window.titles().first(), u"doc2"_s);
         QCOMPARE(window.bar->tabView(6)->isActiveTab(), true);
-        QCOMPARE(window.bar->popUpMenu()->actions().at(1)->text(), u"doc4"_s);
+        QCOMPARE(window.bar->popUpMenu()->actions().at(1)->text(), u"doc1"_s);
     }
 
     void followsTheSettings()
