@@ -4,6 +4,7 @@
 #include "domains/FileArrayItem.h"
 #include "domains/openNode.h"
 #include "platform/FolderLookup.h"
+#include "platform/PropertyList.h"
 #include "platform/UndoManager.h"
 
 #include <QByteArray>
@@ -13,6 +14,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <variant>
@@ -28,6 +30,8 @@ struct AppearanceDefaults;
 // items open, and the enabling of the browser's commands. The browser window
 // shows model() and selectionModel() and answers what only a screen can do
 // through BrowserScreen (without one, those requests are simply not made).
+// A `defaults write` line dropped or pasted on the browser is applied to its
+// domain's file, which the window opens (applyDefaultsRequested).
 //
 // treeData is the shown root, cachedTreeData the full tree; they differ while
 // a search result is shown. Domains are only deleted from the full tree.
@@ -140,12 +144,32 @@ public:
     // False when the key was handled here; true leaves it to the outline.
     bool shouldHandleKeyDown(const KeyPress &key);
 
+    // ---- a `defaults write` line dropped or pasted ----
+    // Where the enabling of Paste reads the clipboard's plain text (a null
+    // string when it holds none). Without it, Paste is off.
+    void setPasteboardText(std::function<QString()> text) { m_pasteboardText = std::move(text); }
+    // Whether a drop of text is taken: the text begins with the command
+    // (exact case) and makes an entry. A parse error refuses it as well.
+    static bool willAccept(const QString &text);
+    // A drop that willAccept took; the row it lands on does not matter.
+    bool acceptDrop(const QString &text);
+    // Unlike a drop, finds the command anywhere in the text; beeps when the
+    // text makes no entry.
+    void paste(const QString &text);
+    // Finds or creates the domain's file (DefaultsDomainFile), lists a new
+    // one in the tree, and asks the window to open the file and add entry.
+    // False, after a beep, when there is no file to open.
+    bool openDomainWithNewValue(const QString &domain, const PropertyDictionary &entry);
+
 signals:
     // The window opens path as a document; registrationDomain marks the
     // registration domain's leaf, which has no file of its own.
     void openRequested(const QString &path, bool registrationDomain, bool newWindow);
     // searchCancel emptied the search text; the window's field follows.
     void searchTextCleared();
+    // The window opens path as a document, as for openRequested, and once
+    // the document has its content adds entry to it as a new defaults value.
+    void applyDefaultsRequested(const QString &path, const PropertyDictionary &entry);
 
 private:
     // ---- tree changes: every change goes through these, which tell the model ----
@@ -154,6 +178,8 @@ private:
     void takeNode(const openNodePtr &node);
     // A change of the full tree while a search result is shown runs the search again.
     void fullTreeChanged();
+    // Lists the folders again, keeping the search and the selection.
+    void reloadTree();
     // The node of the full tree standing for node: itself, or after a reload
     // the new node with its path.
     openNodePtr inFullTree(const openNodePtr &node) const;
@@ -180,6 +206,7 @@ private:
 
     Services m_services;
     BrowserScreen *m_screen = nullptr;
+    std::function<QString()> m_pasteboardText;
     openNodePtr m_treeData;       // what the browser shows: the full tree or a search result
     openNodePtr m_cachedTreeData; // the full tree
     QString m_searchText;

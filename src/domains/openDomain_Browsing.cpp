@@ -137,6 +137,13 @@ void openDomain::searchCancel()
 
 void openDomain::refresh()
 {
+    reloadTree();
+    if (m_screen)
+        m_screen->bringForward();
+}
+
+void openDomain::reloadTree()
+{
     // The new tree holds new nodes, so what was selected is found again by path.
     const QStringList selected = selectedPaths();
     m_cachedTreeData = fullDomainTree();
@@ -146,8 +153,6 @@ void openDomain::refresh()
     QList<openNodePtr> found;
     collectNamed(m_treeData, QSet<QString>(selected.begin(), selected.end()), found);
     selectNodes(found, true);
-    if (m_screen)
-        m_screen->bringForward();
 }
 
 // ---- opening -----------------------------------------------------------------------------
@@ -193,7 +198,7 @@ bool openDomain::validateCommand(Command command) const
             && QFileInfo(nodes.first()->name()).isWritable();
     }
     case Command::Paste:
-        return false; // the defaults-text import comes with the browser window
+        return keyWindow && m_pasteboardText && willAccept(m_pasteboardText());
     case Command::Other:
         break;
     }

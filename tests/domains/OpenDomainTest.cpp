@@ -1,18 +1,23 @@
 // The domain browser's core without a window: deleting domains and undoing
-// it on a throw-away account, the refusals, search, reload and opening.
+// it on a throw-away account, the refusals, search, reload, opening, and
+// `defaults write` lines dropped or pasted.
 #include "DomainSandbox.h"
 #include "FakeBrowserScreen.h"
 #include "TestRegistry.h"
 
 #include "domains/DomainOutlineModel.h"
+#include "domains/PathText.h"
 #include "domains/SettingsKeys.h"
 #include "domains/openDomain.h"
+#include "import/DefaultsTextParser.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PreferencesService.h"
+#include "platform/PropertyListSerialization.h"
 #include "platform/UserDefaults.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
@@ -89,6 +94,26 @@ QByteArray contents(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// Every file and folder of the account with its bytes: what a refused drop
+// must leave as it was.
+QMap<QString, QByteArray> everything(const QString &home)
+{
+    QMap<QString, QByteArray> found;
+    QDirIterator entries(home, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        found.insert(path, contents(path));
+    }
+    return found;
+}
+
+// Owner, group and others; the "user" bits say what this process may do.
+QFileDevice::Permissions mode(const QString &path)
+{
+    return QFile::permissions(path) & QFileDevice::Permissions(0x7077);
+}
+
 } // namespace
 
 class OpenDomainTest : public QObject {
@@ -103,6 +128,10 @@ private slots:
     void undoAfterReload();
     void opening();
     void placeholderFile();
+    void defaultsText_data();
+    void defaultsText();
+    void dropOpensTheDomainFile_data();
+    void dropOpensTheDomainFile();
 };
 
 void OpenDomainTest::deleteAndUndo_data()
@@ -338,11 +367,126 @@ void OpenDomainTest::placeholderFile()
     Browser browser;
     const QString path = openDomain::placeholderPath();
     QVERIFY(path.startsWith(browser.sandbox.home()));
-    // Owner, group and others; the "user" bits say what this process may do.
-    QCOMPARE(QFile::permissions(path) & 0x7077, QFileDevice::ReadOwner);
+    QCOMPARE(mode(path), QFileDevice::ReadOwner);
     QCOMPARE(QFileInfo(path).size(), 0);
     QVERIFY(browser.app->applicationShouldTerminate());
     QVERIFY(!QFile::exists(path));
+}
+
+// A drop wants the command at the very start; a paste finds it anywhere,
+// and whatever makes no entry leaves every file alone.
+void OpenDomainTest::defaultsText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("dropTaken");
+    QTest::addColumn<QString>("pasteOpens");
+
+    QTest::newRow("command") << u"defaults write com.t k v"_s << true << u"com.t.plist"_s;
+    QTest::newRow("text before it") << u"see defaults write com.t k v"_s << false << u"see.plist"_s;
+    QTest::newRow("blank before it") << u" defaults write com.t k v"_s << false << QString();
+    QTest::newRow("other case") << u"Defaults write com.t k v"_s << false << QString();
+    QTest::newRow("no entry") << u"defaults write com.t k -float 1"_s << false << QString();
+    QTest::newRow("key without end") << u"defaults write com.t k"_s << false << QString();
+    QTest::newRow("unclosed quote") << u"defaults write \"com.t k -int 1"_s << false << QString();
+    QTest::newRow("no text") << QString() << false << QString();
+}
+
+void OpenDomainTest::defaultsText()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, dropTaken);
+    QFETCH(QString, pasteOpens);
+
+    Browser browser;
+    openDomain &app = *browser.app;
+    QSignalSpy applied(&app, &openDomain::applyDefaultsRequested);
+    QCOMPARE(openDomain::willAccept(text), dropTaken);
+    QVERIFY(!app.validateCommand(openDomain::Command::Paste));
+    app.setPasteboardText([text] { return text; });
+    QCOMPARE(app.validateCommand(openDomain::Command::Paste), dropTaken);
+
+    const QMap<QString, QByteArray> before = everything(browser.sandbox.home());
+    app.paste(text);
+    QCOMPARE(browser.screen.beeps, pasteOpens.isEmpty() ? 1 : 0);
+    QCOMPARE(applied.size(), pasteOpens.isEmpty() ? 0 : 1);
+    if (pasteOpens.isEmpty())
+        QCOMPARE(everything(browser.sandbox.home()), before);
+    else
+        QCOMPARE(applied.at(0).at(0).toString(), browser.path(pasteOpens));
+}
+
+void OpenDomainTest::dropOpensTheDomainFile_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("prepare");
+    QTest::addColumn<QString>("opens"); // from the home folder; none when refused
+    QTest::addColumn<bool>("created");
+
+    const QString prefs = u"Library/Preferences/"_s;
+    QTest::newRow("new domain") << u"defaults write com.example.new k -int 1"_s << QString()
+                                << prefs + u"com.example.new.plist"_s << true;
+    QTest::newRow("existing domain") << u"defaults write a k v"_s << QString() << prefs + u"a.plist"_s << false;
+    QTest::newRow("global domain") << u"defaults write NSGlobalDomain k -int 1"_s << QString()
+                                   << prefs + u".GlobalPreferences.plist"_s << false;
+    QTest::newRow("global domain, no preferences folder yet")
+        << u"defaults write NSGlobalDomain k -int 1"_s << u"no folder"_s << prefs + u".GlobalPreferences.plist"_s
+        << true;
+    QTest::newRow("registration domain") << u"defaults write NSRegistrationDomain k v"_s << QString() << QString()
+                                         << false;
+    QTest::newRow("file by path") << u"defaults write ~/Desktop/test k v"_s << u"Desktop/test.plist"_s
+                                  << u"Desktop/test.plist"_s << false;
+    // The fallback puts the whole path below the preferences folder, in
+    // folders that do not exist.
+    QTest::newRow("missing file by path") << u"defaults write ~/Desktop/none k v"_s << u"Desktop/test.plist"_s
+                                          << QString() << false;
+}
+
+void OpenDomainTest::dropOpensTheDomainFile()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, prepare);
+    QFETCH(QString, opens);
+    QFETCH(bool, created);
+
+    Browser browser;
+    openDomain &app = *browser.app;
+    const QString home = browser.sandbox.home() + u'/';
+    if (prepare == u"no folder"_s)
+        QVERIFY(QDir(browser.sandbox.userFolder()).removeRecursively());
+    else if (!prepare.isEmpty())
+        browser.sandbox.write(prepare, "exists");
+    const openNodePtr registration = app.treeData()->childAtIndex(1);
+    app.selectNodes({registration}, false);
+    QSignalSpy applied(&app, &openDomain::applyDefaultsRequested);
+    const QMap<QString, QByteArray> before = everything(browser.sandbox.home());
+
+    QVERIFY(openDomain::willAccept(text));
+    QCOMPARE(app.acceptDrop(text), !opens.isEmpty());
+    QCOMPARE(browser.screen.beeps, opens.isEmpty() ? 1 : 0);
+    if (opens.isEmpty()) {
+        QCOMPARE(applied.size(), 0);
+        QCOMPARE(everything(browser.sandbox.home()), before);
+        return;
+    }
+    QCOMPARE(applied.size(), 1);
+    QCOMPARE(applied.at(0).at(0).toString(), home + opens);
+    const auto entry = DefaultsTextParser::dictionaryFromDefaultsString(text).value;
+    QCOMPARE(applied.at(0).at(1).value<PropertyDictionary>(), entry->dictionary);
+    if (!created) {
+        QCOMPARE(everything(browser.sandbox.home()), before);
+        return;
+    }
+    const auto file = PropertyListSerialization::readFile(home + opens);
+    QVERIFY(file.ok());
+    QCOMPARE(file.value.format, PropertyListFormat::Xml);
+    QCOMPARE(file.value.value, PropertyList(PropertyDictionary()));
+    const auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    QCOMPARE(mode(home + opens), ownerOnly);
+    if (prepare == u"no folder"_s)
+        QCOMPARE(mode(browser.sandbox.userFolder()), ownerOnly | QFileDevice::ExeOwner);
+    // Listed at once, with the selection found again in the new tree.
+    QVERIFY(browser.node(PathText::lastPathComponent(opens)));
+    QCOMPARE(app.selectedPaths(), QStringList{registration->name()});
 }
 
 ORVANE_TEST(OpenDomainTest)
