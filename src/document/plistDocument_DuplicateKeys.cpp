@@ -98,10 +98,13 @@ void plistDocument::runDuplicateJobs()
         DuplicateJob job = std::move(m_duplicateJobs.front());
         m_duplicateJobs.pop_front();
         // Turning the warning off in one dialog answers the questions still waiting.
-        if (!m_screen || !m_services.store.defaults.boolForKey(SettingsKeys::VXWarnOnDuplicateKeys)) {
+        if (!m_services.store.defaults.boolForKey(SettingsKeys::VXWarnOnDuplicateKeys)) {
             replaceDuplicate(job);
             continue;
         }
+        // With nobody to ask, nothing is replaced unasked.
+        if (!m_screen)
+            continue;
         m_askingDuplicate = true;
         QPointer<plistDocument> self(this);
         m_screen->askDuplicateKey(job.existing->name(), DuplicateKeys::dialogText(job.existing->initialValue()),
