@@ -190,6 +190,16 @@ public:
     // selected node). True when something was inserted or moved.
     bool readFromPasteboard(const QMimeData &data, PListNodePtr parent, int index, DragType dragType,
                             ReadType readType);
+    // A drop on the outline: item is the row dropped onto or between whose
+    // children (none: the top level); childIndex is -1 for onto the row.
+    struct DropTarget {
+        PListNodePtr parent;
+        int index;
+    };
+    // Whether the outline may offer the drop there, and where it would go.
+    std::optional<DropTarget> validateDrop(const QMimeData &data, const PListNodePtr &item, int childIndex) const;
+    // Performs the drop; true when something was inserted or moved.
+    bool acceptDrop(const QMimeData &data, const PListNodePtr &item, int childIndex, DragType dragType);
     void cut();
     void copy();
     void paste();
@@ -252,6 +262,8 @@ private:
     QString pasteboardPath() const;
     QString pasteboardText(const QList<PListNodePtr> &nodes) const;
     bool moveNodes(const QList<PListNodePtr> &archived, const PListNodePtr &parent, int index);
+    // Whether this document's own nodes on data may move into parent.
+    bool isMovable(const QMimeData &data, const PListNodePtr &parent) const;
     bool isShown() const;
     void showInserted(const QList<PListNodePtr> &nodes, SelectionMemory memory);
     void mergeNodes(const QList<PListNodePtr> &nodes, const PListNodePtr &parent, int index, const QString &undoName,

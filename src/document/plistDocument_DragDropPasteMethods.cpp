@@ -289,3 +289,58 @@ void plistDocument::paste()
     if (!canPaste(data) || !readFromPasteboard(*data, nullptr, 0, DragType::Copy, ReadType::Paste))
         beep();
 }
+
+// ---- drops on the outline ---------------------------------------------------------
+
+std::optional<plistDocument::DropTarget> plistDocument::validateDrop(const QMimeData &data, const PListNodePtr &item,
+                                                                    int childIndex) const
+{
+    const PListNodePtr parent = item ? item : m_treeData;
+    if (!m_canEditPlist || childIndex > parent->numberOfChildren() || !canPaste(&data))
+        return std::nullopt;
+    // Onto a leaf is no place to drop: the rows beside it are.
+    if (childIndex < 0 && parent->isLeaf())
+        return std::nullopt;
+    const bool ownNodes = data.hasFormat(PasteboardTypes::kPListNodes)
+        && QString::fromUtf8(data.data(PasteboardTypes::kDocumentPath)) == m_fileName;
+    if (ownNodes && !isMovable(data, parent))
+        return std::nullopt;
+    return DropTarget{parent, childIndex};
+}
+
+bool plistDocument::isMovable(const QMimeData &data, const PListNodePtr &parent) const
+{
+    const auto archived = SequentialArchiveReader::readNodes(data.data(PasteboardTypes::kPListNodes));
+    if (!archived)
+        return false;
+    for (const ArchivedNode &item : archived.value) {
+        const PListNodePtr copy = PListNode::initWithCoder(item);
+        const PListNode *node = m_treeData->recursiveSearchForChild(*copy);
+        if (!node)
+            continue;
+        const PListNode *from = node->nodeParent() ? node->nodeParent() : m_treeData.get();
+        // A dictionary keeps its entries sorted, so staying in one moves nothing.
+        if (from == parent.get() && !parent->isArray())
+            return false;
+        if (node == parent.get() || parent->isDescendantOfNode(node))
+            return false;
+    }
+    return true;
+}
+
+bool plistDocument::acceptDrop(const QMimeData &data, const PListNodePtr &item, int childIndex, DragType dragType)
+{
+    if (!m_canEditPlist)
+        return false;
+    PListNodePtr parent = item ? item : m_treeData;
+    int index = childIndex;
+    if (parent->isLeaf()) {
+        // Dropped onto a leaf: beside it instead.
+        const PListNodePtr leaf = parent;
+        parent = leaf->nodeParent() ? sharedNode(leaf->nodeParent()) : m_treeData;
+        index = parent->indexOfChildIdenticalTo(leaf.get());
+    }
+    if (!data.hasFormat(PasteboardTypes::kPListNodes) && !canPaste(&data))
+        return false;
+    return readFromPasteboard(data, parent, index, dragType, ReadType::Drop);
+}

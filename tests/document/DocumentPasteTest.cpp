@@ -63,6 +63,8 @@ private slots:
     void merging();
     void drops_data();
     void drops();
+    void dropTargets_data();
+    void dropTargets();
     void duplicateQuestions_data();
     void duplicateQuestions();
     void hiddenDocumentSelectsLater();
@@ -289,6 +291,50 @@ void DocumentPasteTest::drops()
     QCOMPARE(detailedPicture(*document.cachedTreeData(), true), before);
     document.undoManager().redo();
     QCOMPARE(detailedPicture(*document.cachedTreeData(), true), after);
+}
+
+void DocumentPasteTest::dropTargets_data()
+{
+    QTest::addColumn<QString>("dragged"); // a node of this document; empty: XML text from elsewhere
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<int>("childIndex");
+    QTest::addColumn<bool>("offered");
+    QTest::addColumn<QString>("picture"); // after the drop is performed; empty: not performed
+
+    const QString foreign;
+    QTest::newRow("onto a leaf: not offered, but performed beside it")
+        << foreign << u"d/2"_s << -1 << false << u"{a = 1; b = {c = x;}; d = (p, 1, q, r);}"_s;
+    QTest::newRow("past the end") << foreign << u"b"_s << 2 << false << QString();
+    QTest::newRow("into a group, between rows")
+        << foreign << u"b"_s << 1 << true << u"{a = 1; b = {c = x; z = 1;}; d = (p, q, r);}"_s;
+    QTest::newRow("own entry within its dictionary") << u"a"_s << u""_s << 0 << false << QString();
+    QTest::newRow("own group into itself") << u"b"_s << u"b/c"_s << 0 << false << QString();
+    QTest::newRow("own element within its array") << u"d/1"_s << u"d"_s << 3 << true
+                                                   << u"{a = 1; b = {c = x;}; d = (q, r, p);}"_s;
+}
+
+void DocumentPasteTest::dropTargets()
+{
+    QFETCH(QString, dragged);
+    QFETCH(QString, item);
+    QFETCH(int, childIndex);
+    QFETCH(QString, picture);
+    DocumentFixture fixture;
+    plistDocument &document = fixture.open(valueOf("{a = 1; b = {c = x;}; d = (p, q, r);}"));
+    std::unique_ptr<QMimeData> data;
+    if (dragged.isEmpty()) {
+        data = std::make_unique<QMimeData>();
+        data->setText(QString::fromUtf8(PropertyListSerialization::write(valueOf("{z = 1;}"), PropertyListFormat::Xml)));
+    } else {
+        data = document.mimeDataForItems({shared(document, dragged)});
+    }
+    const PListNodePtr target = item.isEmpty() ? nullptr : shared(document, item);
+    QTEST(document.validateDrop(*data, target, childIndex).has_value(), "offered");
+    if (picture.isEmpty())
+        return;
+    const auto type = dragged.isEmpty() ? plistDocument::DragType::Copy : plistDocument::DragType::Move;
+    QVERIFY(document.acceptDrop(*data, target, childIndex, type));
+    QCOMPARE(TreePicture::of(*document.treeData()), picture);
 }
 
 void DocumentPasteTest::duplicateQuestions_data()
