@@ -124,7 +124,8 @@ bool PlistTool::readTextInput(const QString &path, QString *text)
     const bool opened = fromStandardInput ? file.open(stdin, QIODevice::ReadOnly)
                                           : (file.setFileName(path), file.open(QIODevice::ReadOnly));
     if (!opened) {
-        m_err << (fromStandardInput ? QStringLiteral("standard input") : path) << ": " << file.errorString() << '\n';
+        m_err << (fromStandardInput ? QStringLiteral("standard input") : path) << ": " << file.errorString()
+              << '\n';
         return false;
     }
     *text = QString::fromUtf8(file.readAll());

@@ -90,7 +90,8 @@ QString applyLine(const QString &line, bool dryRun, std::map<QString, OpenDomain
     const PropertyList oldValue = before ? before->initialValue() : PropertyList();
     document.addNewDefaultsValue(entry.dictionary);
     const PListNodePtr after = document.cachedTreeData()->childWithName(key);
-    return u"%1 %2: %3"_s.arg(entry.domain, key, outcome(before, oldValue, after.get(), entry.dictionary.valueAt(0)));
+    return u"%1 %2: %3"_s.arg(entry.domain, key,
+                              outcome(before, oldValue, after.get(), entry.dictionary.valueAt(0)));
 }
 
 } // namespace

@@ -42,8 +42,9 @@ PListNode *entryAt(const plistDocument &document, const QStringList &keys)
 
 std::unique_ptr<plistDocument> PlistTool::makeDocument()
 {
-    return std::make_unique<plistDocument>(plistDocument::Services{
-        {PreferencesService::shared(), UserDefaults::standardUserDefaults()}, NotificationCenter::defaultCenter()});
+    return std::make_unique<plistDocument>(
+        plistDocument::Services{{PreferencesService::shared(), UserDefaults::standardUserDefaults()},
+                                NotificationCenter::defaultCenter()});
 }
 
 std::unique_ptr<plistDocument> PlistTool::openDocument(const QString &path, QString *error)

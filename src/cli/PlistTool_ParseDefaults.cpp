@@ -6,7 +6,6 @@
 #include "import/DefaultsTextParser.h"
 #include "model/ValueClass.h"
 
-
 #include <climits>
 
 using namespace Qt::StringLiterals;

@@ -16,14 +16,15 @@ QString pathFor(const QString &domain, QString *reason)
         *reason = QStringLiteral("NSRegistrationDomain only lives while a program runs");
         return QString();
     }
-    if (domain.isEmpty() || domain.startsWith(u'-') || domain.contains(u'/') || domain.startsWith(u'.')
-        || domain.startsWith(u'~')) {
+    if (domain.isEmpty() || domain.startsWith(u'-') || domain.contains(u'/') || domain.startsWith(u'.') ||
+        domain.startsWith(u'~')) {
         *reason = QStringLiteral("'%1' is not the name of one of your domains").arg(domain);
         return QString();
     }
     // Both names of the global domain share its one file, so that lines
     // naming either edit the same document.
-    const bool global = domain == QLatin1String("NSGlobalDomain") || domain == QLatin1String("kCFPreferencesAnyApplication");
+    const bool global =
+        domain == QLatin1String("NSGlobalDomain") || domain == QLatin1String("kCFPreferencesAnyApplication");
     const QString name = global ? QStringLiteral(".GlobalPreferences") : domain;
     return FolderLookup::userPreferencesPath() + u'/' + name + QStringLiteral(".plist");
 }

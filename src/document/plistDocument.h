@@ -197,7 +197,8 @@ public:
         int index;
     };
     // Whether the outline may offer the drop there, and where it would go.
-    std::optional<DropTarget> validateDrop(const QMimeData &data, const PListNodePtr &item, int childIndex) const;
+    std::optional<DropTarget> validateDrop(const QMimeData &data, const PListNodePtr &item,
+                                           int childIndex) const;
     // Performs the drop; true when something was inserted or moved.
     bool acceptDrop(const QMimeData &data, const PListNodePtr &item, int childIndex, DragType dragType);
     void cut();
@@ -266,10 +267,11 @@ private:
     bool isMovable(const QMimeData &data, const PListNodePtr &parent) const;
     bool isShown() const;
     void showInserted(const QList<PListNodePtr> &nodes, SelectionMemory memory);
-    void mergeNodes(const QList<PListNodePtr> &nodes, const PListNodePtr &parent, int index, const QString &undoName,
-                    SelectionMemory memory);
-    void recursiveAddBadNodes(const QList<DuplicateKeys::ConflictPair> &conflicting, QList<PListNodePtr> passed,
-                              const PListNodePtr &parent, int index, const QString &undoName);
+    void mergeNodes(const QList<PListNodePtr> &nodes, const PListNodePtr &parent, int index,
+                    const QString &undoName, SelectionMemory memory);
+    void recursiveAddBadNodes(const QList<DuplicateKeys::ConflictPair> &conflicting,
+                              QList<PListNodePtr> passed, const PListNodePtr &parent, int index,
+                              const QString &undoName);
     void mergeEntries(const PListNodePtr &incoming, const PListNodePtr &existing, const QString &undoName);
     void queueDuplicateKey(DuplicateJob job);
     void runDuplicateJobs();

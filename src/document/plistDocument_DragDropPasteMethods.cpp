@@ -57,8 +57,9 @@ void collectNodes(const PropertyList &value, QList<PListNodePtr> &collected)
         nodes << PListNode::initWithName(value.description(), value);
     }
     for (const PListNodePtr &node : nodes) {
-        const bool known = std::any_of(collected.cbegin(), collected.cend(),
-                                       [&](const PListNodePtr &other) { return other->isEqualToNode(*node); });
+        const bool known = std::any_of(collected.cbegin(), collected.cend(), [&](const PListNodePtr &other) {
+            return other->isEqualToNode(*node);
+        });
         if (!known)
             collected << node;
     }
@@ -143,8 +144,8 @@ bool plistDocument::canPaste(const QMimeData *data) const
 
 // ---- reading ------------------------------------------------------------------------
 
-bool plistDocument::readFromPasteboard(const QMimeData &data, PListNodePtr parent, int index, DragType dragType,
-                                       ReadType readType)
+bool plistDocument::readFromPasteboard(const QMimeData &data, PListNodePtr parent, int index,
+                                       DragType dragType, ReadType readType)
 {
     // The shown tree is a filtered copy: what arrived would miss the real tree.
     if (isFiltered())
@@ -231,7 +232,8 @@ bool plistDocument::moveNodes(const QList<PListNodePtr> &archived, const PListNo
         insertNode(parent, node, index);
         // The next one goes after it, so the moved nodes keep their order.
         ++index;
-        m_undoManager.registerUndo([this, node, oldParent, oldIndex] { undoMove(node, oldParent, oldIndex); });
+        m_undoManager.registerUndo(
+            [this, node, oldParent, oldIndex] { undoMove(node, oldParent, oldIndex); });
         m_undoManager.setActionName(DocumentStrings::moveAction());
         moved << node;
     }
@@ -244,7 +246,10 @@ bool plistDocument::moveNodes(const QList<PListNodePtr> &archived, const PListNo
 
 // ---- showing what came in ---------------------------------------------------------
 
-bool plistDocument::isShown() const { return !m_screen || m_screen->isShowingDocument(); }
+bool plistDocument::isShown() const
+{
+    return !m_screen || m_screen->isShowingDocument();
+}
 
 void plistDocument::showInserted(const QList<PListNodePtr> &nodes, SelectionMemory memory)
 {
@@ -292,8 +297,8 @@ void plistDocument::paste()
 
 // ---- drops on the outline ---------------------------------------------------------
 
-std::optional<plistDocument::DropTarget> plistDocument::validateDrop(const QMimeData &data, const PListNodePtr &item,
-                                                                    int childIndex) const
+std::optional<plistDocument::DropTarget>
+plistDocument::validateDrop(const QMimeData &data, const PListNodePtr &item, int childIndex) const
 {
     const PListNodePtr parent = item ? item : m_treeData;
     if (!m_canEditPlist || childIndex > parent->numberOfChildren() || !canPaste(&data))
@@ -301,8 +306,8 @@ std::optional<plistDocument::DropTarget> plistDocument::validateDrop(const QMime
     // Onto a leaf is no place to drop: the rows beside it are.
     if (childIndex < 0 && parent->isLeaf())
         return std::nullopt;
-    const bool ownNodes = data.hasFormat(PasteboardTypes::kPListNodes)
-        && QString::fromUtf8(data.data(PasteboardTypes::kDocumentPath)) == m_fileName;
+    const bool ownNodes = data.hasFormat(PasteboardTypes::kPListNodes) &&
+                          QString::fromUtf8(data.data(PasteboardTypes::kDocumentPath)) == m_fileName;
     if (ownNodes && !isMovable(data, parent))
         return std::nullopt;
     return DropTarget{parent, childIndex};
@@ -328,7 +333,8 @@ bool plistDocument::isMovable(const QMimeData &data, const PListNodePtr &parent)
     return true;
 }
 
-bool plistDocument::acceptDrop(const QMimeData &data, const PListNodePtr &item, int childIndex, DragType dragType)
+bool plistDocument::acceptDrop(const QMimeData &data, const PListNodePtr &item, int childIndex,
+                               DragType dragType)
 {
     if (!m_canEditPlist)
         return false;

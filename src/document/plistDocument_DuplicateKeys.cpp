@@ -61,7 +61,8 @@ void plistDocument::recursiveAddBadNodes(const QList<DuplicateKeys::ConflictPair
     }
 }
 
-void plistDocument::mergeEntries(const PListNodePtr &incoming, const PListNodePtr &existing, const QString &undoName)
+void plistDocument::mergeEntries(const PListNodePtr &incoming, const PListNodePtr &existing,
+                                 const QString &undoName)
 {
     // The incoming dictionary is dropped; its entries move into the one there.
     QList<PListNodePtr> children(incoming->children().begin(), incoming->children().end());
@@ -107,7 +108,8 @@ void plistDocument::runDuplicateJobs()
             continue;
         m_askingDuplicate = true;
         QPointer<plistDocument> self(this);
-        m_screen->askDuplicateKey(job.existing->name(), DuplicateKeys::dialogText(job.existing->initialValue()),
+        m_screen->askDuplicateKey(job.existing->name(),
+                                  DuplicateKeys::dialogText(job.existing->initialValue()),
                                   DuplicateKeys::dialogText(job.incoming->initialValue()),
                                   [self, job](int answer, bool stopWarning) {
                                       if (!self)
@@ -137,7 +139,8 @@ void plistDocument::replaceDuplicate(const DuplicateJob &job)
         return;
     const PListNodePtr &incoming = job.incoming;
     const PListNodePtr &existing = job.existing;
-    m_undoManager.registerUndo([this, incoming, existing, index] { undoReplacement(incoming, existing, index); });
+    m_undoManager.registerUndo(
+        [this, incoming, existing, index] { undoReplacement(incoming, existing, index); });
     takeNode(existing);
     insertNode(job.parent, incoming, index);
     m_undoManager.setActionName(job.undoName);

@@ -56,13 +56,16 @@ void PlistToolApplyTest::lines_data()
     const QString app = u"com.example.app.plist"_s;
     QTest::newRow("each outcome, and the refusals")
         << QByteArray("{a = 1; d = {x = 1;};}")
-        << QByteArray("defaults write com.example.app a -string 2\n# a comment\n"
-                      "defaults write com.example.app b -string hi\ndefaults write com.example.app d -dict y 2\n"
-                      "defaults write com.example.app b -string hi\ndefaults write NSRegistrationDomain k -bool yes\n"
-                      "defaults write /Library/Preferences/x k -bool yes\necho hello\n")
+        << QByteArray(
+               "defaults write com.example.app a -string 2\n# a comment\n"
+               "defaults write com.example.app b -string hi\ndefaults write com.example.app d -dict y 2\n"
+               "defaults write com.example.app b -string hi\ndefaults write NSRegistrationDomain k -bool "
+               "yes\n"
+               "defaults write /Library/Preferences/x k -bool yes\necho hello\n")
         << false
         << u"1: com.example.app a: replaced\n3: com.example.app b: added\n4: com.example.app d: merged\n"
-           "5: com.example.app b: unchanged\n6: refused: NSRegistrationDomain only lives while a program runs\n"
+           "5: com.example.app b: unchanged\n6: refused: NSRegistrationDomain only lives while a program "
+           "runs\n"
            "7: refused: '/Library/Preferences/x' is not the name of one of your domains\n"
            "8: refused: not a 'defaults write' command\n"_s
         << app << u"{a = 2; b = hi; d = {x = 1; y = 2;};}"_s;

@@ -63,8 +63,6 @@ private slots:
     void merging();
     void drops_data();
     void drops();
-    void dropTargets_data();
-    void dropTargets();
     void duplicateQuestions_data();
     void duplicateQuestions();
     void hiddenDocumentSelectsLater();
@@ -73,7 +71,7 @@ private slots:
 
 void DocumentPasteTest::textPayload_data()
 {
-    QTest::addColumn<QString>("file"); // relative to HOME; empty: a document without a file on disk
+    QTest::addColumn<QString>("file");   // relative to HOME; empty: a document without a file on disk
     QTest::addColumn<QString>("header"); // HOME stands for the account's folder
 
     QTest::newRow("user folder: file name, commands one blank line apart")
@@ -94,14 +92,15 @@ void DocumentPasteTest::textPayload()
     DocumentFixture fixture;
     const PropertyDictionary content = valueOf(R"({a = "x y"; b = 1; c = z;})").toDictionary();
     plistDocument &document = file.isEmpty()
-        ? fixture.open(content)
-        : fixture.openFile(fixture.sandbox.writeDictionary(file, content));
+                                  ? fixture.open(content)
+                                  : fixture.openFile(fixture.sandbox.writeDictionary(file, content));
     MemoryPasteboard pasteboard;
     document.writeItems({shared(document, u"a"_s), shared(document, u"b"_s)}, pasteboard);
 
     const QMimeData *data = pasteboard.mimeData();
-    QCOMPARE(data->formats().mid(0, 3), (QStringList{PasteboardTypes::kPListNodes, PasteboardTypes::kPlainText,
-                                                     PasteboardTypes::kDocumentPath}));
+    QCOMPARE(data->formats().mid(0, 3),
+             (QStringList{PasteboardTypes::kPListNodes, PasteboardTypes::kPlainText,
+                          PasteboardTypes::kDocumentPath}));
     const QString text = data->text();
     const qsizetype xmlAt = text.indexOf(u"XML:\n\n"_s);
     QVERIFY(xmlAt > 0);
@@ -119,16 +118,20 @@ void DocumentPasteTest::canPaste_data()
     QTest::addColumn<bool>("expected");
 
     const QByteArray xml = PropertyListSerialization::write(valueOf("{k = v;}"), PropertyListFormat::Xml);
-    QTest::newRow("archived nodes") << PasteboardTypes::kPListNodes << QByteArray("anything") << false << true;
+    QTest::newRow("archived nodes") << PasteboardTypes::kPListNodes << QByteArray("anything") << false
+                                    << true;
     QTest::newRow("XML text") << PasteboardTypes::kPlainText << xml << false << true;
-    QTest::newRow("old-style text") << PasteboardTypes::kPlainText << QByteArray("{k = v;}") << false << false;
-    QTest::newRow("plain words") << PasteboardTypes::kPlainText << QByteArray("hello there") << false << false;
+    QTest::newRow("old-style text") << PasteboardTypes::kPlainText << QByteArray("{k = v;}") << false
+                                    << false;
+    QTest::newRow("plain words") << PasteboardTypes::kPlainText << QByteArray("hello there") << false
+                                 << false;
     QTest::newRow("defaults text: the browser decides, no")
         << PasteboardTypes::kPlainText << QByteArray("defaults write d k v") << false << false;
     QTest::newRow("defaults text: the browser decides, yes")
         << PasteboardTypes::kPlainText << QByteArray("defaults write d k v") << true << true;
     QTest::newRow("an XML file") << PasteboardTypes::kUriList << xml << false << true;
-    QTest::newRow("an old-style file") << PasteboardTypes::kUriList << QByteArray("{k = v;}") << false << false;
+    QTest::newRow("an old-style file")
+        << PasteboardTypes::kUriList << QByteArray("{k = v;}") << false << false;
 }
 
 void DocumentPasteTest::canPaste()
@@ -176,15 +179,17 @@ void DocumentPasteTest::merging_data()
     QTest::newRow("array over dictionary: replaced")
         << paste << u""_s << u"{b = (1);}"_s << u"{a = 1; b = (1); d = (p, q);}"_s << QStringList{u"b"_s};
     QTest::newRow("into an array after the selected element")
-        << paste << u"d/1"_s << u"{e = r;}"_s << u"{a = 1; b = {c = x;}; d = (p, r, q);}"_s << QStringList{u"e"_s};
+        << paste << u"d/1"_s << u"{e = r;}"_s << u"{a = 1; b = {c = x;}; d = (p, r, q);}"_s
+        << QStringList{u"e"_s};
     QTest::newRow("into an array, named like the array: goes in all the same")
-        << paste << u"d/1"_s << u"{d = r;}"_s << u"{a = 1; b = {c = x;}; d = (p, r, q);}"_s << QStringList{u"p"_s};
+        << paste << u"d/1"_s << u"{d = r;}"_s << u"{a = 1; b = {c = x;}; d = (p, r, q);}"_s
+        << QStringList{u"p"_s};
     QTest::newRow("applied defaults value: replaced at the top")
         << Through::Apply << u"b/c"_s << u"{a = 3;}"_s << u"{a = 3; b = {c = x;}; d = (p, q);}"_s
         << QStringList{u"a"_s, u"c"_s};
     QTest::newRow("applied defaults value: merged at the top")
-        << Through::Apply << u"d"_s << u"{b = {c = x; k = v;};}"_s << u"{a = 1; b = {c = x; k = v;}; d = (p, q);}"_s
-        << QStringList{u"c"_s, u"d"_s};
+        << Through::Apply << u"d"_s << u"{b = {c = x; k = v;};}"_s
+        << u"{a = 1; b = {c = x; k = v;}; d = (p, q);}"_s << QStringList{u"c"_s, u"d"_s};
 }
 
 void DocumentPasteTest::merging()
@@ -228,113 +233,81 @@ void DocumentPasteTest::merging()
 
 void DocumentPasteTest::drops_data()
 {
+    QTest::addColumn<QStringList>("dragged"); // nodes of this document; none: XML text from elsewhere
+    QTest::addColumn<QString>("source");      // the payload's document path instead of this one's
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<int>("childIndex");
     QTest::addColumn<bool>("move");
-    QTest::addColumn<QStringList>("dragged");
-    QTest::addColumn<QString>("source"); // the payload's document path; empty: this document
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QString>("picture"); // empty: refused, nothing changes
-    QTest::addColumn<QString>("actionName");
+    QTest::addColumn<bool>("offered");
+    QTest::addColumn<QString>("picture"); // after the drop; empty: nothing happens, "-": not tried
 
-    const QString kept;
-    QTest::newRow("copy into its own document: renamed")
-        << false << QStringList{u"a"_s} << kept << u""_s << 0
-        << u"{a = 1; \"a Copy\" = 1; b = {c = x;}; d = (p, q, r);}"_s << u"Drag"_s;
+    const QStringList text;
+    const QString own;
+    QTest::newRow("own entry copied into another group: renamed")
+        << QStringList{u"a"_s} << own << u"b"_s << 0 << false << true
+        << u"{a = 1; b = {\"a Copy\" = 1; c = x;}; d = (p, q, r);}"_s;
     QTest::newRow("copy from another document: names kept")
-        << false << QStringList{u"b/c"_s} << u"/elsewhere.plist"_s << u""_s << 0
-        << u"{a = 1; b = {c = x;}; c = x; d = (p, q, r);}"_s << u"Drag"_s;
+        << QStringList{u"b/c"_s} << u"/elsewhere.plist"_s << u""_s << 0 << false << true
+        << u"{a = 1; b = {c = x;}; c = x; d = (p, q, r);}"_s;
     QTest::newRow("move down an array: lands after the one it passed")
-        << true << QStringList{u"d/1"_s} << kept << u"d"_s << 2 << u"{a = 1; b = {c = x;}; d = (q, p, r);}"_s
-        << u"Move"_s;
+        << QStringList{u"d/1"_s} << own << u"d"_s << 2 << true << true
+        << u"{a = 1; b = {c = x;}; d = (q, p, r);}"_s;
     QTest::newRow("move two up an array, keeping their order")
-        << true << QStringList{u"d/2"_s, u"d/3"_s} << kept << u"d"_s << 0
-        << u"{a = 1; b = {c = x;}; d = (q, r, p);}"_s << u"Move"_s;
-    QTest::newRow("move into another group")
-        << true << QStringList{u"a"_s} << kept << u"b"_s << 0 << u"{b = {a = 1; c = x;}; d = (p, q, r);}"_s
-        << u"Move"_s;
-    QTest::newRow("move within its dictionary: nothing to do")
-        << true << QStringList{u"a"_s} << kept << u""_s << 3 << QString() << QString();
-    QTest::newRow("a group into itself: nothing to do")
-        << true << QStringList{u"b"_s} << kept << u"b"_s << 0 << QString() << QString();
+        << QStringList{u"d/2"_s, u"d/3"_s} << own << u"d"_s << 0 << true << true
+        << u"{a = 1; b = {c = x;}; d = (q, r, p);}"_s;
+    QTest::newRow("move into another group") << QStringList{u"a"_s} << own << u"b"_s << 0 << true << true
+                                             << u"{b = {a = 1; c = x;}; d = (p, q, r);}"_s;
+    QTest::newRow("own entry within its dictionary")
+        << QStringList{u"a"_s} << own << u""_s << 3 << true << false << QString();
+    QTest::newRow("own group into itself")
+        << QStringList{u"b"_s} << own << u"b"_s << 0 << true << false << QString();
+    QTest::newRow("onto a leaf: not offered, but performed beside it")
+        << text << own << u"d/2"_s << -1 << false << false << u"{a = 1; b = {c = x;}; d = (p, 1, q, r);}"_s;
+    QTest::newRow("past the end") << text << own << u"b"_s << 2 << false << false << u"-"_s;
+    QTest::newRow("text into a group, between rows")
+        << text << own << u"b"_s << 1 << false << true << u"{a = 1; b = {c = x; z = 1;}; d = (p, q, r);}"_s;
 }
 
 void DocumentPasteTest::drops()
 {
-    QFETCH(bool, move);
     QFETCH(QStringList, dragged);
     QFETCH(QString, source);
-    QFETCH(QString, target);
-    QFETCH(int, index);
+    QFETCH(QString, item);
+    QFETCH(int, childIndex);
     QFETCH(QString, picture);
     DocumentFixture fixture;
     plistDocument &document = fixture.open(valueOf("{a = 1; b = {c = x;}; d = (p, q, r);}"));
     QList<PListNodePtr> nodes;
     for (const QString &path : dragged)
         nodes << shared(document, path);
-    const std::unique_ptr<QMimeData> data = document.mimeDataForItems(nodes);
+    QFETCH(bool, move);
+    const std::unique_ptr<QMimeData> data =
+        dragged.isEmpty() ? std::make_unique<QMimeData>() : document.mimeDataForItems(nodes);
+    if (dragged.isEmpty())
+        data->setText(QString::fromUtf8(
+            PropertyListSerialization::write(valueOf("{z = 1;}"), PropertyListFormat::Xml)));
     if (!source.isEmpty())
         data->setData(PasteboardTypes::kDocumentPath, source.toUtf8());
-    const QString before = detailedPicture(*document.cachedTreeData(), true);
+    const PListNodePtr target = item.isEmpty() ? nullptr : shared(document, item);
+    QTEST(document.validateDrop(*data, target, childIndex).has_value(), "offered");
+    if (picture == u"-")
+        return;
 
-    const bool done = document.readFromPasteboard(*data, shared(document, target), index,
-                                                  move ? plistDocument::DragType::Move : plistDocument::DragType::Copy,
-                                                  plistDocument::ReadType::Drop);
+    const QString before = detailedPicture(*document.cachedTreeData(), true);
+    const bool done = document.acceptDrop(
+        *data, target, childIndex, move ? plistDocument::DragType::Move : plistDocument::DragType::Copy);
     QCOMPARE(done, !picture.isEmpty());
     if (!done) {
         QCOMPARE(detailedPicture(*document.cachedTreeData(), true), before);
         return;
     }
     QCOMPARE(TreePicture::of(*document.treeData()), picture);
-    QTEST(document.undoManager().undoActionName(), "actionName");
+    QCOMPARE(document.undoManager().undoActionName(), move ? u"Move"_s : u"Drag"_s);
     const QString after = detailedPicture(*document.cachedTreeData(), true);
     document.undoManager().undo();
     QCOMPARE(detailedPicture(*document.cachedTreeData(), true), before);
     document.undoManager().redo();
     QCOMPARE(detailedPicture(*document.cachedTreeData(), true), after);
-}
-
-void DocumentPasteTest::dropTargets_data()
-{
-    QTest::addColumn<QString>("dragged"); // a node of this document; empty: XML text from elsewhere
-    QTest::addColumn<QString>("item");
-    QTest::addColumn<int>("childIndex");
-    QTest::addColumn<bool>("offered");
-    QTest::addColumn<QString>("picture"); // after the drop is performed; empty: not performed
-
-    const QString foreign;
-    QTest::newRow("onto a leaf: not offered, but performed beside it")
-        << foreign << u"d/2"_s << -1 << false << u"{a = 1; b = {c = x;}; d = (p, 1, q, r);}"_s;
-    QTest::newRow("past the end") << foreign << u"b"_s << 2 << false << QString();
-    QTest::newRow("into a group, between rows")
-        << foreign << u"b"_s << 1 << true << u"{a = 1; b = {c = x; z = 1;}; d = (p, q, r);}"_s;
-    QTest::newRow("own entry within its dictionary") << u"a"_s << u""_s << 0 << false << QString();
-    QTest::newRow("own group into itself") << u"b"_s << u"b/c"_s << 0 << false << QString();
-    QTest::newRow("own element within its array") << u"d/1"_s << u"d"_s << 3 << true
-                                                   << u"{a = 1; b = {c = x;}; d = (q, r, p);}"_s;
-}
-
-void DocumentPasteTest::dropTargets()
-{
-    QFETCH(QString, dragged);
-    QFETCH(QString, item);
-    QFETCH(int, childIndex);
-    QFETCH(QString, picture);
-    DocumentFixture fixture;
-    plistDocument &document = fixture.open(valueOf("{a = 1; b = {c = x;}; d = (p, q, r);}"));
-    std::unique_ptr<QMimeData> data;
-    if (dragged.isEmpty()) {
-        data = std::make_unique<QMimeData>();
-        data->setText(QString::fromUtf8(PropertyListSerialization::write(valueOf("{z = 1;}"), PropertyListFormat::Xml)));
-    } else {
-        data = document.mimeDataForItems({shared(document, dragged)});
-    }
-    const PListNodePtr target = item.isEmpty() ? nullptr : shared(document, item);
-    QTEST(document.validateDrop(*data, target, childIndex).has_value(), "offered");
-    if (picture.isEmpty())
-        return;
-    const auto type = dragged.isEmpty() ? plistDocument::DragType::Copy : plistDocument::DragType::Move;
-    QVERIFY(document.acceptDrop(*data, target, childIndex, type));
-    QCOMPARE(TreePicture::of(*document.treeData()), picture);
 }
 
 void DocumentPasteTest::duplicateQuestions_data()
@@ -364,7 +337,8 @@ void DocumentPasteTest::duplicateQuestions()
     plistDocument &document = fixture.open(valueOf("{a = 1; b = 2; c = 3;}"));
     fixture.screen.duplicateAnswers = answers;
     const QString before = detailedPicture(*document.cachedTreeData(), true);
-    const std::unique_ptr<QMimeData> data = document.mimeDataForItems(nodesOf("{a = 9; b = 8; c = 7; e = 5;}"));
+    const std::unique_ptr<QMimeData> data =
+        document.mimeDataForItems(nodesOf("{a = 9; b = 8; c = 7; e = 5;}"));
     data->setData(PasteboardTypes::kDocumentPath, QByteArray("/elsewhere.plist"));
 
     QVERIFY(document.readFromPasteboard(*data, nullptr, 0, plistDocument::DragType::Copy,
@@ -377,7 +351,8 @@ void DocumentPasteTest::duplicateQuestions()
              (QStringList{u"\n<string>1</string>\n"_s, u"\n<string>9</string>\n"_s}));
     QCOMPARE(document.pendingDuplicateKeys(), waiting);
     QTEST(TreePicture::of(*document.treeData()), "picture");
-    QCOMPARE(fixture.defaults.boolForKey(SettingsKeys::VXWarnOnDuplicateKeys), answers.size() != 1 || !answers.first().second);
+    QCOMPARE(fixture.defaults.boolForKey(SettingsKeys::VXWarnOnDuplicateKeys),
+             answers.size() != 1 || !answers.first().second);
     if (fixture.screen.pendingDuplicate)
         return;
     while (document.undoManager().canUndo())
@@ -398,7 +373,8 @@ void DocumentPasteTest::hiddenDocumentSelectsLater()
 
     // What came from files is not selected when the document shows again.
     QMimeData files;
-    files.setUrls({QUrl::fromLocalFile(fixture.sandbox.writeDictionary(u"f.plist"_s, valueOf("{m = 2;}").toDictionary()))});
+    files.setUrls({QUrl::fromLocalFile(
+        fixture.sandbox.writeDictionary(u"f.plist"_s, valueOf("{m = 2;}").toDictionary()))});
     QVERIFY(document.readFromPasteboard(files, nullptr, 0, plistDocument::DragType::Copy,
                                         plistDocument::ReadType::Drop));
     QVERIFY(document.currentSelections()->selectedNodes.isEmpty());

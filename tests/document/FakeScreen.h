@@ -52,7 +52,7 @@ public:
     const PListNode *scrolledTo = nullptr;
     QList<Edit> edits;
     QString question;
-    QList<QStringList> duplicateQuestions; // key, old value text, new value text
+    QList<QStringList> duplicateQuestions;        // key, old value text, new value text
     QList<std::pair<int, bool>> duplicateAnswers; // answer, whether the warning is turned off
     std::function<void(int, bool)> pendingDuplicate;
     std::optional<int> answer;
