@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <cstdio>
+
 namespace {
 
 const char kUsage[] =
@@ -21,6 +23,7 @@ const char kUsage[] =
     "       orvane-plist filter FILE QUERY\n"
     "       orvane-plist set FILE KEY... [--class CLASS] [--value TEXT]\n"
     "       orvane-plist print-html FILE\n"
+    "       orvane-plist apply [FILE] [-n]\n"
     "\n"
     "lint     checks that each file is a property list (XML, binary or old-style text)\n"
     "convert  writes the file's value in another format; OUT defaults to FILE itself,\n"
@@ -48,7 +51,14 @@ const char kUsage[] =
     "         TEXT is typed into its value; then saves FILE and prints the entry's class\n"
     "         and value; exit status 1, with FILE untouched, when that cannot be done\n"
     "print-html writes an HTML page of the file's XML text coloured as a window prints it:\n"
-    "         tag contents brown, quoted text blue, element names and brackets purple\n";
+    "         tag contents brown, quoted text blue, element names and brackets purple\n"
+    "apply    applies 'defaults write' lines from FILE (standard input when absent or '-')\n"
+    "         to your own domains as a drop on the domain browser does: a missing domain\n"
+    "         file is made, an existing key replaced, dictionaries merged a level down;\n"
+    "         one line per command, numbered by input line:\n"
+    "           N: DOMAIN KEY: added|replaced|merged|unchanged\n"
+    "           N: refused: REASON\n"
+    "         -n writes nothing; exit status 1 when any line was refused\n";
 
 // Writes bytes to a file atomically: the old file stays as it was unless the
 // whole new content reached the disk.
@@ -94,6 +104,8 @@ int PlistTool::run(const QStringList &arguments)
         return set(rest);
     if (command == QLatin1String("print-html"))
         return printHtml(rest);
+    if (command == QLatin1String("apply"))
+        return apply(rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {
         m_out << kUsage;
         return 0;
@@ -103,6 +115,21 @@ int PlistTool::run(const QStringList &arguments)
         return 0;
     }
     return usage(QStringLiteral("unknown command '%1'").arg(command));
+}
+
+bool PlistTool::readTextInput(const QString &path, QString *text)
+{
+    QFile file;
+    const bool fromStandardInput = path.isEmpty() || path == QLatin1String("-");
+    const bool opened = fromStandardInput ? file.open(stdin, QIODevice::ReadOnly)
+                                          : (file.setFileName(path), file.open(QIODevice::ReadOnly));
+    if (!opened) {
+        m_err << (fromStandardInput ? QStringLiteral("standard input") : path) << ": " << file.errorString()
+              << '\n';
+        return false;
+    }
+    *text = QString::fromUtf8(file.readAll());
+    return true;
 }
 
 int PlistTool::usage(const QString &problem)

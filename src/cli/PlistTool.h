@@ -17,6 +17,13 @@ public:
     // arguments without the program name, e.g. {"lint", "a.plist"}
     int run(const QStringList &arguments);
 
+    // A document over the process's own preferences service and settings.
+    // In PlistTool_Document.cpp.
+    static std::unique_ptr<plistDocument> makeDocument();
+    // The file opened as a window opens it; none, with the reason, when it
+    // cannot be read.
+    static std::unique_ptr<plistDocument> openDocument(const QString &path, QString *error);
+
 private:
     int lint(const QStringList &files);
     int convert(const QStringList &arguments);
@@ -28,12 +35,13 @@ private:
     int filter(const QStringList &arguments);     // in PlistTool_Document.cpp
     int set(const QStringList &arguments);        // in PlistTool_Document.cpp
     int printHtml(const QStringList &arguments);  // in PlistTool_PrintHtml.cpp
+    int apply(const QStringList &arguments);      // in PlistTool_Apply.cpp
+    // The text of FILE, or of standard input for none or '-'; false, with the
+    // reason on the error stream, when it cannot be read.
+    bool readTextInput(const QString &path, QString *text);
     int usage(const QString &problem);
     // The message on the error stream; answers the exit status 1.
     int fail(const QString &message);
-    // The file opened as a window opens it; none, with the reason, when it
-    // cannot be read. In PlistTool_Document.cpp.
-    static std::unique_ptr<plistDocument> openDocument(const QString &path, QString *error);
 
     QTextStream &m_out;
     QTextStream &m_err;

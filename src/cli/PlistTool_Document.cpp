@@ -2,7 +2,7 @@
 // and one entry edited as the window edits it, for scripts.
 #include "PlistTool.h"
 
-#include "document/DocumentScreen.h"
+#include "CommandLineScreen.h"
 #include "document/plistDocument.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PreferencesService.h"
@@ -11,24 +11,6 @@
 #include <memory>
 
 namespace {
-
-// No window: a refusal that would beep is counted instead.
-class CommandLineScreen : public DocumentScreen {
-public:
-    void expandItem(const PListNode *) override {}
-    bool isItemExpanded(const PListNode *) const override { return false; }
-    void scrollToItem(const PListNode *) override {}
-    void editColumn(const PListNode *, int) override {}
-    void confirmDelete(const QString &, std::function<void(int)>) override {}
-    void showBadPermissions() override {}
-    void beep() override { ++beeps; }
-    bool isKeyWindow() const override { return true; }
-    bool isApplicationActive() const override { return true; }
-    bool isShowingDocument() const override { return true; }
-    void focusOutlineLater() override {}
-
-    int beeps = 0;
-};
 
 // The class pop-up's items a user may choose for a leaf.
 int tagNamed(const QString &name)
@@ -58,10 +40,16 @@ PListNode *entryAt(const plistDocument &document, const QStringList &keys)
 
 } // namespace
 
+std::unique_ptr<plistDocument> PlistTool::makeDocument()
+{
+    return std::make_unique<plistDocument>(
+        plistDocument::Services{{PreferencesService::shared(), UserDefaults::standardUserDefaults()},
+                                NotificationCenter::defaultCenter()});
+}
+
 std::unique_ptr<plistDocument> PlistTool::openDocument(const QString &path, QString *error)
 {
-    auto document = std::make_unique<plistDocument>(plistDocument::Services{
-        {PreferencesService::shared(), UserDefaults::standardUserDefaults()}, NotificationCenter::defaultCenter()});
+    auto document = makeDocument();
     if (!document->readFromFile(path, error))
         return nullptr;
     return document;

@@ -6,10 +6,7 @@
 #include "import/DefaultsTextParser.h"
 #include "model/ValueClass.h"
 
-#include <QFile>
-
 #include <climits>
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -99,20 +96,9 @@ int PlistTool::parseDefaults(const QStringList &arguments)
             path = argument;
     }
 
-    QFile file;
-    const bool fromStandardInput = path.isEmpty() || path == u"-";
-    bool opened = false;
-    if (fromStandardInput) {
-        opened = file.open(stdin, QIODevice::ReadOnly);
-    } else {
-        file.setFileName(path);
-        opened = file.open(QIODevice::ReadOnly);
-    }
-    if (!opened) {
-        m_err << (fromStandardInput ? u"standard input"_s : path) << ": " << file.errorString() << '\n';
+    QString text;
+    if (!readTextInput(path, &text))
         return 1;
-    }
-    const QString text = QString::fromUtf8(file.readAll());
 
     if (wholeText) {
         m_out << record(1, DefaultsTextParser::dictionaryFromDefaultsString(text), true) << '\n';

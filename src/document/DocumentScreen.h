@@ -15,6 +15,8 @@ public:
     enum Column { KeyColumn = 0, ClassColumn = 1, ValueColumn = 2 };
     // How the delete confirmation ends.
     enum DeleteAnswer { DeleteConfirmed = 1, DeleteCanceled = 2 };
+    // How the duplicate-key dialog ends.
+    enum DuplicateAnswer { ReplaceConfirmed = 1, ReplaceCanceled = 2 };
 
     virtual ~DocumentScreen() = default;
 
@@ -25,6 +27,19 @@ public:
     virtual void editColumn(const PListNode *node, int column) = 0;
     // The delete confirmation sheet showing question; done gets a DeleteAnswer.
     virtual void confirmDelete(const QString &question, std::function<void(int answer)> done) = 0;
+    // The duplicate-key dialog for key, showing the value there now and the
+    // one arriving as XML texts. A window showing another document brings
+    // this one forward first. done gets a DuplicateAnswer and whether the
+    // user turned the warning off; the document asks again only after done.
+    // A screen without the dialog cancels, so nothing is replaced unasked.
+    virtual void askDuplicateKey(const QString &key, const QString &oldValue, const QString &newValue,
+                                 std::function<void(int answer, bool stopWarning)> done)
+    {
+        Q_UNUSED(key);
+        Q_UNUSED(oldValue);
+        Q_UNUSED(newValue);
+        done(ReplaceCanceled, false);
+    }
     // The sheet that says the document may not be changed.
     virtual void showBadPermissions() = 0;
     virtual void beep() = 0;

@@ -14,6 +14,11 @@ inline QString newKey() { return tr("New Key"); }
 inline QString newDictionary() { return tr("New Dictionary"); }
 inline QString newArray() { return tr("New Array"); }
 inline QString arrayItem() { return tr("Array item"); }
+// The path a document without a file gives the pasteboard.
+inline QString untitled()
+{
+    return tr("Untitled");
+}
 
 // Undo action names.
 inline QString deleteAction() { return tr("Delete"); }
@@ -22,6 +27,24 @@ inline QString changeClass() { return tr("Change Class"); }
 inline QString changeName() { return tr("Change Name"); }
 inline QString changeValue() { return tr("Change Value"); }
 inline QString applyDefaultsValue() { return tr("Apply Defaults Value"); }
+inline QString pasteAction()
+{
+    return tr("Paste");
+}
+inline QString dragAction()
+{
+    return tr("Drag");
+}
+inline QString moveAction()
+{
+    return tr("Move");
+}
+
+// A node dropped into its own document is renamed "%1 %2" with this word.
+inline QString copySuffix()
+{
+    return tr("Copy");
+}
 
 // The delete confirmation: the question, then the one name or "these items?".
 inline QString deleteQuestion() { return tr("Do you really wish to delete"); }

@@ -3,6 +3,7 @@
 
 #include "document/DocumentStrings.h"
 #include "document/OutlineModel.h"
+#include "document/Pasteboard.h"
 #include "domains/SettingsKeys.h"
 #include "model/OutlineRows.h"
 #include "model/RowSelection.h"
@@ -167,6 +168,7 @@ bool plistDocument::validateCommand(Command command) const
     case Command::Delete:
         return m_canEditPlist && anySelected && keyWindow;
     case Command::Paste:
+        return m_canEditPlist && m_pasteboard && canPaste(m_pasteboard->mimeData());
     case Command::Other:
         break;
     }

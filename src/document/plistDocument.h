@@ -2,6 +2,7 @@
 
 #include "document/DocumentContent.h"
 #include "document/DocumentScreen.h"
+#include "document/DuplicateKeys.h"
 #include "domains/CFReadWriteMethods.h"
 #include "model/PListNode.h"
 #include "platform/PropertyListSerialization.h"
@@ -12,10 +13,15 @@
 #include <QObject>
 #include <QRect>
 
+#include <deque>
+#include <functional>
+#include <memory>
 #include <optional>
 
 class NotificationCenter;
 class OutlineModel;
+class Pasteboard;
+class QMimeData;
 class QFileSystemWatcher;
 
 // One preference domain or property-list file, held as a tree of nodes and
@@ -157,6 +163,53 @@ public:
     // False when the key was handled here; true leaves it to the outline.
     bool shouldHandleKeyDown(const KeyPress &key);
 
+    // ---- pasteboard, drag and drop ----
+    // A drop moves nodes inside this document's own outline, or copies
+    // anything else; the paste command copies.
+    enum class DragType { Copy = 1, Move = 4 };
+    enum class ReadType { Paste = 0, Drop = 1 };
+    // `defaults write` text is the domain browser's business: whether it
+    // would take the text, and taking it. Without them such text is refused.
+    using DefaultsTextHook = std::function<bool(const QString &text)>;
+
+    // Where copy, cut and paste go (the GUI's clipboard); without one they do nothing.
+    void setPasteboard(Pasteboard *pasteboard) { m_pasteboard = pasteboard; }
+    Pasteboard *pasteboard() const { return m_pasteboard; }
+    void setDefaultsTextHooks(DefaultsTextHook willAccept, DefaultsTextHook import)
+    {
+        m_willAcceptDefaultsText = std::move(willAccept);
+        m_importDefaultsText = std::move(import);
+    }
+    // The payload of a copy or a drag: the archived nodes, their text (the
+    // `defaults write` commands and the XML), this document's path.
+    std::unique_ptr<QMimeData> mimeDataForItems(const QList<PListNodePtr> &nodes) const;
+    void writeItems(const QList<PListNodePtr> &nodes, Pasteboard &pasteboard) const;
+    // Whether data holds something a paste or drop could take in.
+    bool canPaste(const QMimeData *data) const;
+    // Takes in what data holds at index of parent (no parent: just after the
+    // selected node). True when something was inserted or moved.
+    bool readFromPasteboard(const QMimeData &data, PListNodePtr parent, int index, DragType dragType,
+                            ReadType readType);
+    // A drop on the outline: item is the row dropped onto or between whose
+    // children (none: the top level); childIndex is -1 for onto the row.
+    struct DropTarget {
+        PListNodePtr parent;
+        int index;
+    };
+    // Whether the outline may offer the drop there, and where it would go.
+    std::optional<DropTarget> validateDrop(const QMimeData &data, const PListNodePtr &item,
+                                           int childIndex) const;
+    // Performs the drop; true when something was inserted or moved.
+    bool acceptDrop(const QMimeData &data, const PListNodePtr &item, int childIndex, DragType dragType);
+    void cut();
+    void copy();
+    void paste();
+    // The entries of a `defaults write` dropped on the domain browser, added
+    // to the real tree with the same duplicate-key handling as a paste.
+    void addNewDefaultsValue(const PropertyDictionary &entry);
+    // Duplicate-key questions still waiting for the one on screen.
+    int pendingDuplicateKeys() const { return int(m_duplicateJobs.size()); }
+
     // ---- undo methods ----
     void addNewNode(const PListNodePtr &node, const QString &undoName);
     void undoNewOrDelete(const PListNodePtr &node, int index, const PListNodePtr &parent);
@@ -197,6 +250,34 @@ private:
     // Tells the outline that node's texts changed, wherever it shows.
     void nodeTextsChanged(PListNode *node);
 
+    // ---- drag, drop, paste and duplicate keys ----
+    // Whether the saved view state of a hidden document may select what came in.
+    enum class SelectionMemory { Kept, Lost };
+    struct DuplicateJob {
+        PListNodePtr parent;
+        PListNodePtr existing;
+        PListNodePtr incoming;
+        int index = 0;
+        QString undoName;
+    };
+    QString pasteboardPath() const;
+    QString pasteboardText(const QList<PListNodePtr> &nodes) const;
+    bool moveNodes(const QList<PListNodePtr> &archived, const PListNodePtr &parent, int index);
+    // Whether this document's own nodes on data may move into parent.
+    bool isMovable(const QMimeData &data, const PListNodePtr &parent) const;
+    bool isShown() const;
+    void showInserted(const QList<PListNodePtr> &nodes, SelectionMemory memory);
+    void mergeNodes(const QList<PListNodePtr> &nodes, const PListNodePtr &parent, int index,
+                    const QString &undoName, SelectionMemory memory);
+    void recursiveAddBadNodes(const QList<DuplicateKeys::ConflictPair> &conflicting,
+                              QList<PListNodePtr> passed, const PListNodePtr &parent, int index,
+                              const QString &undoName);
+    void mergeEntries(const PListNodePtr &incoming, const PListNodePtr &existing, const QString &undoName);
+    void queueDuplicateKey(DuplicateJob job);
+    void runDuplicateJobs();
+    void duplicateKeyAnswered(const DuplicateJob &job, int answer, bool stopWarning);
+    void replaceDuplicate(const DuplicateJob &job);
+
     void replaceContent(DocumentContent content);
     void watchFile();
     void fileChanged();
@@ -223,6 +304,11 @@ private:
     QFileSystemWatcher *m_watcher = nullptr;
     std::optional<ViewState> m_currentSelections;
     QString m_lastSearchValue;
+    Pasteboard *m_pasteboard = nullptr;
+    DefaultsTextHook m_willAcceptDefaultsText;
+    DefaultsTextHook m_importDefaultsText;
+    std::deque<DuplicateJob> m_duplicateJobs;
+    bool m_askingDuplicate = false;
     UndoManager m_undoManager;
     OutlineModel *m_model;
     QItemSelectionModel *m_selection;
