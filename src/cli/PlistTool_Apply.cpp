@@ -5,9 +5,9 @@
 #include "PlistTool.h"
 
 #include "CommandLineScreen.h"
-#include "UserDomainFile.h"
 #include "document/DocumentReader.h"
 #include "document/plistDocument.h"
+#include "domains/DefaultsDomainFile.h"
 #include "import/DefaultsTextParser.h"
 
 #include <QFileInfo>
@@ -36,20 +36,25 @@ QString outcome(const PListNodePtr &before, const PropertyList &oldValue, const 
     return oldValue.isDictionary() && newValue.isDictionary() ? u"merged"_s : u"replaced"_s;
 }
 
-std::unique_ptr<plistDocument> openDomainFile(const QString &file, bool dryRun, QString *reason)
+// The domain's file as a drop finds it. The options of `defaults` that name
+// the global domain, and its CoreFoundation name, are taken as NSGlobalDomain:
+// a drop would make files of those names, which nothing reads.
+DefaultsDomainFile::Location domainFile(const QString &domain, bool dryRun)
 {
-    if (!QFileInfo::exists(file)) {
-        if (dryRun) {
-            // Nothing is written: the domain is applied to as the empty one it would be.
-            auto document = PlistTool::makeDocument();
-            document->adoptContent(file, DocumentReader::contentOf(PropertyDictionary(), false, true));
-            return document;
-        }
-        *reason = UserDomainFile::create(file);
-        if (!reason->isEmpty())
-            return nullptr;
+    const bool global = domain == u"-g"_s || domain == u"-globalDomain"_s || domain == u"kCFPreferencesAnyApplication"_s;
+    const QString name = global ? u"NSGlobalDomain"_s : domain;
+    return dryRun ? DefaultsDomainFile::find(name) : DefaultsDomainFile::findOrCreate(name);
+}
+
+std::unique_ptr<plistDocument> openDomainFile(const DefaultsDomainFile::Location &file, QString *reason)
+{
+    if (file.status == DefaultsDomainFile::Status::Missing) {
+        // A dry run writes nothing: the domain is applied to as the empty one it would be.
+        auto document = PlistTool::makeDocument();
+        document->adoptContent(file.path, DocumentReader::contentOf(PropertyDictionary(), false, true));
+        return document;
     }
-    return PlistTool::openDocument(file, reason);
+    return PlistTool::openDocument(file.path, reason);
 }
 
 // One line applied: "DOMAIN KEY: what happened", or empty with the reason.
@@ -65,13 +70,16 @@ QString applyLine(const QString &line, bool dryRun, std::map<QString, OpenDomain
         return QString();
     }
     const DefaultsEntry &entry = *parsed.value;
-    const QString file = UserDomainFile::pathFor(entry.domain, reason);
-    if (file.isEmpty())
+    const DefaultsDomainFile::Location location = domainFile(entry.domain, dryRun);
+    if (!location.found() && location.status != DefaultsDomainFile::Status::Missing) {
+        *reason = location.error;
         return QString();
+    }
+    const QString file = location.path;
     auto found = domains.find(file);
     if (found == domains.end()) {
         OpenDomain open;
-        open.document = openDomainFile(file, dryRun, reason);
+        open.document = openDomainFile(location, reason);
         if (!open.document)
             return QString();
         open.screen = std::make_unique<CommandLineScreen>();

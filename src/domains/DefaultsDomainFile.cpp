@@ -59,6 +59,12 @@ QString DefaultsDomainFile::standardizedPath(const QString &domain)
 
 DefaultsDomainFile::Location DefaultsDomainFile::findOrCreate(const QString &domain)
 {
+    const Location location = find(domain);
+    return location.status == Status::Missing ? createEmptyDomain(location.path) : location;
+}
+
+DefaultsDomainFile::Location DefaultsDomainFile::find(const QString &domain)
+{
     // An empty name would make the hidden file ".plist", which the browser
     // does not list as a domain.
     if (domain.isEmpty())
@@ -74,5 +80,5 @@ DefaultsDomainFile::Location DefaultsDomainFile::findOrCreate(const QString &dom
     path = FolderLookup::userPreferencesPath() + QLatin1Char('/') + path;
     if (QFileInfo::exists(path))
         return {Status::Existing, path, {}};
-    return createEmptyDomain(path);
+    return {Status::Missing, path, {}};
 }

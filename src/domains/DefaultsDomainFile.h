@@ -32,6 +32,7 @@ class DefaultsDomainFile {
 public:
     enum class Status {
         Existing,           // path is a file that was already there
+        Missing,            // path is where the file would be created (find only)
         Created,            // path is a new, empty domain file
         RegistrationDomain, // refused; nothing touched
         CannotCreate,       // path could not be made; error says why
@@ -45,6 +46,8 @@ public:
         bool found() const { return status == Status::Existing || status == Status::Created; }
     };
 
+    // Where the domain's file is, or would be made; nothing is written.
+    static Location find(const QString &domain);
     static Location findOrCreate(const QString &domain);
     // The first step alone: the domain name as a path ending in ".plist",
     // before the registration and global domains are looked for.

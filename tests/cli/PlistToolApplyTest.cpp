@@ -61,12 +61,11 @@ void PlistToolApplyTest::lines_data()
                "defaults write com.example.app b -string hi\ndefaults write com.example.app d -dict y 2\n"
                "defaults write com.example.app b -string hi\ndefaults write NSRegistrationDomain k -bool "
                "yes\n"
-               "defaults write /Library/Preferences/x k -bool yes\necho hello\n")
+               "defaults write -g k -bool yes\necho hello\n")
         << false
         << u"1: com.example.app a: replaced\n3: com.example.app b: added\n4: com.example.app d: merged\n"
-           "5: com.example.app b: unchanged\n6: refused: NSRegistrationDomain only lives while a program "
-           "runs\n"
-           "7: refused: '/Library/Preferences/x' is not the name of one of your domains\n"
+           "5: com.example.app b: unchanged\n6: refused: The registration domain is kept in memory only.\n"
+           "7: -g k: added\n"
            "8: refused: not a 'defaults write' command\n"_s
         << app << u"{a = 2; b = hi; d = {x = 1; y = 2;};}"_s;
     QTest::newRow("-n writes nothing, not even a new domain")
@@ -133,7 +132,12 @@ void PlistToolApplyTest::corpusLines()
         }
         const auto entry = DefaultsTextParser::dictionaryFromDefaultsString(lines.at(number - 1));
         QVERIFY2(entry && entry.value, qPrintable(record));
-        last.insert(entry.value->domain + u'\n' + entry.value->dictionary.keyAt(0),
+        // The options naming the global domain write its one file.
+        const QString domain = QStringList{u"-g"_s, u"-globalDomain"_s, u"kCFPreferencesAnyApplication"_s}.contains(
+                                   entry.value->domain)
+                                   ? u"NSGlobalDomain"_s
+                                   : entry.value->domain;
+        last.insert(domain + u'\n' + entry.value->dictionary.keyAt(0),
                     {record, entry.value->dictionary.valueAt(0)});
         ++applied;
     }
