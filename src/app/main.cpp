@@ -118,6 +118,15 @@ int main(int argc, char **argv)
         browser->bringForward();
     };
     QObject::connect(&documents, &VXDocumentController::domainBrowserRequested, &app, showBrowser);
+    // A `defaults write` line, dropped or pasted on the browser or pasted into
+    // a document, applies to its domain's document.
+    documents.setDefaultsTextHooks(&openDomain::willAccept,
+                                   [&application](const QString &text) { return application->acceptDrop(text); });
+    QObject::connect(application.get(), &openDomain::applyDefaultsRequested, &documents,
+                     [&documents](const QString &path, const PropertyDictionary &entry) {
+                         documents.openDocument(path, false,
+                                                [entry](plistDocument *document) { document->addNewDefaultsValue(entry); });
+                     });
 
     const QStringList paths = parser.positionalArguments();
     if (qEnvironmentVariableIsSet("ORVANE_QUIT_WHEN_SHOWN"))

@@ -12,7 +12,10 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QDrag>
+#include <QMimeData>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScrollBar>
 
 namespace {
@@ -64,6 +67,11 @@ PrefOV::PrefOV(QWidget *parent) : QTreeView(parent)
     setAllColumnsShowFocus(true);
     header()->setStretchLastSection(true);
     header()->setSectionsMovable(true);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    viewport()->setAcceptDrops(true);
+    setDragDropMode(QAbstractItemView::DragDrop);
+    setDropIndicatorShown(false); // the outline draws where a drop goes itself
     connect(header(), &QHeaderView::sectionMoved, this, &PrefOV::outlineViewColumnDidMove);
 }
 
@@ -243,4 +251,115 @@ void PrefOV::openClassPopUp()
         return;
     setCurrentIndex(cell);
     edit(cell);
+}
+
+// ---- drag and drop -------------------------------------------------------------------------
+
+void PrefOV::startDrag(Qt::DropActions supportedActions)
+{
+    if (!m_document)
+        return;
+    const QList<PListNodePtr> nodes = m_document->selectedNodes();
+    if (nodes.isEmpty())
+        return;
+    auto *drag = new QDrag(this);
+    drag->setMimeData(m_document->mimeDataForItems(nodes).release());
+    // The document has moved the rows itself when they land here; nothing is removed afterwards.
+    drag->exec(supportedActions & (Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
+}
+
+PrefOV::DropSpot PrefOV::dropSpotAt(const QPoint &point) const
+{
+    const QModelIndex index = indexAt(point).siblingAtColumn(OutlineModel::KeyColumn);
+    if (!index.isValid()) {
+        // Below the last row: the end of the top level.
+        const int rows = model() ? model()->rowCount() : 0;
+        const QModelIndex last = rows > 0 ? model()->index(rows - 1, 0) : QModelIndex();
+        const int y = last.isValid() ? visualRect(last).bottom() : 0;
+        return {nullptr, rows, QRect(0, y, viewport()->width(), 2)};
+    }
+    const QRect row(0, visualRect(index).top(), viewport()->width(), visualRect(index).height());
+    const int edge = std::max(2, row.height() / 4);
+    PListNode *node = nodeAt(index);
+    if (point.y() < row.top() + edge)
+        return {node->nodeParent() == m_document->treeData().get() ? nullptr : node->nodeParent(), index.row(),
+                QRect(row.left(), row.top() - 1, row.width(), 2)};
+    if (point.y() > row.bottom() - edge && !(node->isGroup() && isExpanded(index)))
+        return {node->nodeParent() == m_document->treeData().get() ? nullptr : node->nodeParent(),
+                index.row() + 1, QRect(row.left(), row.bottom(), row.width(), 2)};
+    return {node, -1, row.adjusted(0, 0, -1, -1)};
+}
+
+bool PrefOV::offerDrop(QDropEvent *event)
+{
+    m_dropIndicator = QRect();
+    if (!m_document || !event->mimeData())
+        return false;
+    const DropSpot spot = dropSpotAt(event->position().toPoint());
+    const bool inside = event->source() == this && !(event->modifiers() & Qt::ControlModifier);
+    const Qt::DropAction action = inside ? Qt::MoveAction : Qt::CopyAction;
+    if (!(event->possibleActions() & action))
+        return false;
+    if (!m_document->validateDrop(*event->mimeData(), m_document->sharedNode(spot.item), spot.childIndex))
+        return false;
+    event->setDropAction(action);
+    event->accept();
+    m_dropIndicator = spot.indicator;
+    return true;
+}
+
+void PrefOV::dragEnterEvent(QDragEnterEvent *event)
+{
+    // A drag is taken in as long as some row could take it.
+    if (m_document && event->mimeData() && m_document->canPaste(event->mimeData()))
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void PrefOV::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (!offerDrop(event))
+        event->ignore();
+    viewport()->update();
+    // Near the edges the rows scroll, as in any outline.
+    QTreeView::dragMoveEvent(event);
+    if (!m_dropIndicator.isNull())
+        event->accept();
+}
+
+void PrefOV::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    m_dropIndicator = QRect();
+    viewport()->update();
+    QTreeView::dragLeaveEvent(event);
+}
+
+void PrefOV::dropEvent(QDropEvent *event)
+{
+    const bool offered = offerDrop(event);
+    m_dropIndicator = QRect();
+    viewport()->update();
+    if (!offered) {
+        event->ignore();
+        return;
+    }
+    const DropSpot spot = dropSpotAt(event->position().toPoint());
+    const auto kind = event->dropAction() == Qt::MoveAction ? plistDocument::DragType::Move
+                                                              : plistDocument::DragType::Copy;
+    if (!m_document->acceptDrop(*event->mimeData(), m_document->sharedNode(spot.item), spot.childIndex, kind))
+        event->ignore();
+}
+
+void PrefOV::paintEvent(QPaintEvent *event)
+{
+    QTreeView::paintEvent(event);
+    if (m_dropIndicator.isNull())
+        return;
+    QPainter painter(viewport());
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    if (m_dropIndicator.height() <= 2)
+        painter.drawLine(m_dropIndicator.topLeft(), m_dropIndicator.topRight());
+    else
+        painter.drawRect(m_dropIndicator);
 }

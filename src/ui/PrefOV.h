@@ -44,6 +44,15 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
     void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
+    // Rows leave as the document's payload; drops go to the document, which
+    // decides where they may land. A drag inside the outline moves, unless
+    // Ctrl asks for a copy; any other drag copies.
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     // The next cell of the row, in the direction given, whose editor may open
@@ -54,5 +63,17 @@ private:
     // The rows' stripes from the colour settings.
     void applyRowColors();
 
+    // Where a drop at a point of the viewport would go: onto a row (index -1),
+    // or between the children of a row or of the top level (no item).
+    struct DropSpot {
+        PListNode *item = nullptr;
+        int childIndex = -1;
+        QRect indicator; // a line between rows, or the row's outline
+    };
+    DropSpot dropSpotAt(const QPoint &point) const;
+    // The drop's kind and whether the document takes it there; shows where.
+    bool offerDrop(QDropEvent *event);
+
     plistDocument *m_document = nullptr;
+    QRect m_dropIndicator;
 };

@@ -3,6 +3,7 @@
 #include "document/DocumentReader.h"
 #include "domains/SettingsKeys.h"
 #include "platform/UserDefaults.h"
+#include "ui/ClipboardPasteboard.h"
 #include "ui/VXWindowController.h"
 
 #include <QApplication>
@@ -50,7 +51,8 @@ VXDocumentController::~VXDocumentController()
         delete entry.document;
 }
 
-VXWindowController *VXDocumentController::openDocument(const QString &given, bool inNewWindow)
+VXWindowController *VXDocumentController::openDocument(const QString &given, bool inNewWindow,
+                                                       WhenReady whenReady)
 {
     const QString path = QFileInfo(given).absoluteFilePath();
     if (Entry *open = entryForPath(path)) {
@@ -60,14 +62,29 @@ VXWindowController *VXDocumentController::openDocument(const QString &given, boo
             window->raise();
             window->activateWindow();
         }
+        if (whenReady && open->load)
+            open->whenReady.append(std::move(whenReady));
+        else if (whenReady)
+            whenReady(open->document);
         return window;
     }
     auto *document = new plistDocument(m_services, this);
+    document->setPasteboard(&ClipboardPasteboard::shared());
+    document->setDefaultsTextHooks(m_willAcceptDefaultsText, m_importDefaultsText);
     VXWindowController *window = windowForNewDocument(inNewWindow);
-    m_entries.append({document, window, path, nullptr, nullptr});
+    m_entries.append({document, window, path, nullptr, nullptr, {}});
+    if (whenReady)
+        m_entries.last().whenReady.append(std::move(whenReady));
     window->addDocument(document, path);
     startLoad(m_entries.last());
     return window;
+}
+
+void VXDocumentController::setDefaultsTextHooks(plistDocument::DefaultsTextHook willAccept,
+                                                plistDocument::DefaultsTextHook import)
+{
+    m_willAcceptDefaultsText = std::move(willAccept);
+    m_importDefaultsText = std::move(import);
 }
 
 VXWindowController *VXDocumentController::windowForNewDocument(bool inNewWindow)
@@ -177,6 +194,7 @@ void VXDocumentController::loadFinished(const std::shared_ptr<Load> &load,
         emit openFailed(path, reason);
         return;
     }
+    const QList<WhenReady> whenReady = std::exchange(entry->whenReady, {});
     document->adoptContent(path, std::move(result.value));
     window->documentLoaded(document);
     window->show();
@@ -184,6 +202,12 @@ void VXDocumentController::loadFinished(const std::shared_ptr<Load> &load,
     window->activateWindow();
     m_openedAny = true;
     emit documentOpened(window);
+    // Last: what runs may ask a question on the window, or open more.
+    const QPointer<plistDocument> opened = document;
+    for (const WhenReady &ready : whenReady) {
+        if (opened)
+            ready(opened);
+    }
 }
 
 void VXDocumentController::runOpenPanel(QWidget *parent)

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 
 class QEventLoopLocker;
@@ -31,9 +32,15 @@ public:
     ~VXDocumentController() override;
 
     const plistDocument::Services &services() const { return m_services; }
+    // What every document opened from now on is given: the `defaults write`
+    // text hooks of the domain browser.
+    void setDefaultsTextHooks(plistDocument::DefaultsTextHook willAccept, plistDocument::DefaultsTextHook import);
+
+    // Runs with the document once it holds its content; never when it fails to open.
+    using WhenReady = std::function<void(plistDocument *document)>;
 
     // The window of the document at path, made and reading if it was not open.
-    VXWindowController *openDocument(const QString &path, bool inNewWindow = false);
+    VXWindowController *openDocument(const QString &path, bool inNewWindow = false, WhenReady whenReady = {});
     // The first of paths opens in a new window when asked; the others join it.
     void openDocuments(const QStringList &paths, bool inNewWindow = false);
     // The document goes: its read stops, its tab closes. Nothing is asked.
@@ -70,6 +77,7 @@ private:
         QString path;
         std::shared_ptr<Load> load; // while reading
         std::shared_ptr<QEventLoopLocker> keepRunning; // the application waits for the read
+        QList<WhenReady> whenReady;
     };
 
     void startLoad(Entry &entry);
@@ -83,5 +91,7 @@ private:
     plistDocument::Services m_services;
     QList<Entry> m_entries;
     QPointer<VXWindowController> m_currentWindow;
+    plistDocument::DefaultsTextHook m_willAcceptDefaultsText;
+    plistDocument::DefaultsTextHook m_importDefaultsText;
     bool m_openedAny = false;
 };

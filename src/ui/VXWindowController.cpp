@@ -21,6 +21,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QHBoxLayout>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -44,6 +45,8 @@ VXWindowController::VXWindowController(VXDocumentController *controller, QWidget
     createMenus();
     createToolBar();
     createStatusBar();
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, &VXWindowController::refreshActions);
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, &VXWindowController::refreshActions);
     refreshActions();
 }
 
@@ -58,6 +61,7 @@ VXWindowController::~VXWindowController()
         tab.document->selectionModel()->disconnect(this);
     }
     qApp->disconnect(this);
+    QGuiApplication::clipboard()->disconnect(this);
 }
 
 void VXWindowController::createWidgets()
@@ -173,6 +177,9 @@ void VXWindowController::createActions()
     a.quit = WindowActions::make(this, tr("&Quit"), QKeySequence::Quit);
     a.undo = WindowActions::make(this, tr("&Undo"), QKeySequence::Undo);
     a.redo = WindowActions::make(this, tr("&Redo"), QKeySequence::Redo);
+    a.cut = WindowActions::make(this, tr("Cu&t"), QKeySequence::Cut);
+    a.copy = WindowActions::make(this, tr("&Copy"), QKeySequence::Copy);
+    a.paste = WindowActions::make(this, tr("&Paste"), QKeySequence::Paste);
     a.deleteItem = WindowActions::make(this, tr("&Delete"), QKeySequence::Delete);
     a.addLeaf = WindowActions::tool(this, tr("New &Key"), "list-add");
     a.addGroup = WindowActions::tool(this, tr("New &Dictionary"), "folder-new");
@@ -205,6 +212,9 @@ void VXWindowController::createActions()
         if (m_document)
             m_document->undoManager().redo();
     });
+    onDocument(a.cut, &plistDocument::cut);
+    onDocument(a.copy, &plistDocument::copy);
+    onDocument(a.paste, &plistDocument::paste);
     onDocument(a.deleteItem, &plistDocument::deleteSelections);
     onDocument(a.deleteTool, &plistDocument::deleteSelections);
     onDocument(a.addLeaf, &plistDocument::addLeaf);
@@ -340,7 +350,7 @@ void VXWindowController::createMenus()
     QMenu *edit = menuBar()->addMenu(tr("&Edit"));
     edit->addActions({a.undo, a.redo});
     edit->addSeparator();
-    edit->addAction(a.deleteItem);
+    edit->addActions({a.cut, a.copy, a.paste, a.deleteItem});
     edit->addSeparator();
     edit->addActions({a.addLeaf, a.addGroup, a.addArray});
     edit->addSeparator();
@@ -430,6 +440,9 @@ void VXWindowController::refreshActions()
     a.save->setEnabled(command(Command::Save));
     a.revert->setEnabled(command(Command::Revert));
     a.saveAs->setEnabled(ready);
+    a.cut->setEnabled(command(Command::Cut));
+    a.copy->setEnabled(command(Command::Copy));
+    a.paste->setEnabled(command(Command::Paste));
     a.deleteItem->setEnabled(command(Command::Delete));
     a.addLeaf->setEnabled(command(Command::AddLeaf));
     a.addGroup->setEnabled(command(Command::AddGroup));
@@ -456,17 +469,15 @@ void VXWindowController::changeEvent(QEvent *event)
 
 void VXWindowController::showContextMenu(const QPoint &at)
 {
+    const Actions &a = m_actions;
     QMenu menu(this);
-    menu.addAction(tr("Add New Dictionary"), m_document, &plistDocument::addGroup)
-        ->setEnabled(m_actions.addGroup->isEnabled());
-    menu.addAction(tr("Add New Array"), m_document, &plistDocument::addArray)
-        ->setEnabled(m_actions.addArray->isEnabled());
-    menu.addAction(tr("Add New Key"), m_document, &plistDocument::addLeaf)
-        ->setEnabled(m_actions.addLeaf->isEnabled());
+    menu.addAction(tr("Add New Dictionary"), a.addGroup, &QAction::trigger)->setEnabled(a.addGroup->isEnabled());
+    menu.addAction(tr("Add New Array"), a.addArray, &QAction::trigger)->setEnabled(a.addArray->isEnabled());
+    menu.addAction(tr("Add New Key"), a.addLeaf, &QAction::trigger)->setEnabled(a.addLeaf->isEnabled());
+    menu.addAction(tr("Get Info"), a.getInfo, &QAction::trigger);
     menu.addSeparator();
-    menu.addAction(tr("Delete"), m_document, &plistDocument::deleteSelections)
-        ->setEnabled(m_actions.deleteItem->isEnabled());
+    menu.addActions({a.cut, a.copy, a.paste, a.deleteItem});
     menu.addSeparator();
-    menu.addAction(m_actions.showToolbar);
+    menu.addAction(a.showToolbar);
     menu.exec(m_outline->viewport()->mapToGlobal(at));
 }

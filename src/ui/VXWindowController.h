@@ -41,7 +41,7 @@ public:
     struct Actions : WindowActions::ApplicationActions {
         QAction *open, *close, *closeWindow, *save, *saveAs, *revert, *quit;
         QAction *pageSetup, *printPreview, *print;
-        QAction *undo, *redo, *deleteItem, *addLeaf, *addGroup, *addArray, *sort, *reload;
+        QAction *undo, *redo, *cut, *copy, *paste, *deleteItem, *addLeaf, *addGroup, *addArray, *sort, *reload;
         QAction *showToolbar;
         // The tabs: the next and previous one, and moving the current one.
         QAction *nextTab, *previousTab, *moveTabLeft, *moveTabRight;
@@ -110,6 +110,8 @@ public:
     void scrollToItem(const PListNode *node) override;
     void editColumn(const PListNode *node, int column) override;
     void confirmDelete(const QString &question, std::function<void(int answer)> done) override;
+    void askDuplicateKey(const QString &key, const QString &oldValue, const QString &newValue,
+                         std::function<void(int answer, bool stopWarning)> done) override;
     void showBadPermissions() override;
     void beep() override;
     bool isKeyWindow() const override;

@@ -5,6 +5,7 @@
 #include "document/plistDocument.h"
 #include "domains/ApplicationSettings.h"
 #include "ui/DeleteSheet.h"
+#include "ui/DuplicateKeySheet.h"
 #include "ui/NoticeBar.h"
 #include "ui/PrefOV.h"
 #include "ui/Sheet.h"
@@ -61,6 +62,19 @@ void VXWindowController::confirmDelete(const QString &question, std::function<vo
     });
     connect(sheet, &QDialog::finished, this, [done = std::move(done)](int result) {
         done(result == QDialog::Accepted ? DocumentScreen::DeleteConfirmed : DocumentScreen::DeleteCanceled);
+    });
+    sheet->open();
+}
+
+void VXWindowController::askDuplicateKey(const QString &key, const QString &oldValue, const QString &newValue,
+                                         std::function<void(int answer, bool stopWarning)> done)
+{
+    auto *sheet = new DuplicateKeySheet(key, oldValue, newValue, this);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowModality(Qt::WindowModal);
+    connect(sheet, &QDialog::finished, this, [sheet, done = std::move(done)](int result) {
+        done(result == QDialog::Accepted ? DocumentScreen::ReplaceConfirmed : DocumentScreen::ReplaceCanceled,
+             sheet->stopsWarning());
     });
     sheet->open();
 }

@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMimeData>
 
 namespace {
 
@@ -26,6 +27,18 @@ bool isOpenKey(const QKeyEvent &event)
     return modifiers == Qt::NoModifier && (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter);
 }
 
+
+// Only a `defaults write` line is taken; where it lands does not matter.
+bool acceptsText(QDropEvent *event)
+{
+    const QMimeData *data = event->mimeData();
+    if (!data || !data->hasText() || !openDomain::willAccept(data->text()))
+        return false;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    return true;
+}
+
 } // namespace
 
 openQuicklyOV::openQuicklyOV(openDomain &application, UserDefaults &defaults, NotificationCenter &center,
@@ -36,6 +49,8 @@ openQuicklyOV::openQuicklyOV(openDomain &application, UserDefaults &defaults, No
     setUniformRowHeights(true);
     setAlternatingRowColors(true);
     setHeaderHidden(true);
+    setAcceptDrops(true);
+    viewport()->setAcceptDrops(true);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -107,4 +122,22 @@ void openQuicklyOV::keyPressEvent(QKeyEvent *event)
             return;
     }
     QTreeView::keyPressEvent(event);
+}
+
+void openQuicklyOV::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!acceptsText(event))
+        event->ignore();
+}
+
+void openQuicklyOV::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (!acceptsText(event))
+        event->ignore();
+}
+
+void openQuicklyOV::dropEvent(QDropEvent *event)
+{
+    if (!acceptsText(event) || !m_application.acceptDrop(event->mimeData()->text()))
+        event->ignore();
 }

@@ -13,6 +13,8 @@
 #include "ui/WindowActions.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QMimeData>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
@@ -33,6 +35,10 @@ openQuicklyPanel::openQuicklyPanel(openDomain &application, VXDocumentController
     setWindowTitle(tr("Domain Browser"));
     resize(420, 560);
     application.setScreen(this);
+    application.setPasteboardText([] {
+        const QMimeData *clipboard = QGuiApplication::clipboard()->mimeData();
+        return clipboard && clipboard->hasText() ? clipboard->text() : QString();
+    });
     m_outline = new openQuicklyOV(application, defaults, center, this);
     m_outline->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_outline, &QWidget::customContextMenuRequested, this, &openQuicklyPanel::showContextMenu);
@@ -52,6 +58,7 @@ openQuicklyPanel::openQuicklyPanel(openDomain &application, VXDocumentController
             &openQuicklyPanel::selectionChanged);
     connect(application.model(), &QAbstractItemModel::modelReset, this, &openQuicklyPanel::refreshActions);
     connect(qApp, &QApplication::focusChanged, this, &openQuicklyPanel::refreshActions);
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, &openQuicklyPanel::refreshActions);
     connect(qApp, &QGuiApplication::applicationStateChanged, this,
             &openQuicklyPanel::applicationStateChanged);
     application.selectRow(0);
@@ -62,6 +69,7 @@ openQuicklyPanel::openQuicklyPanel(openDomain &application, VXDocumentController
 openQuicklyPanel::~openQuicklyPanel()
 {
     m_application.setScreen(nullptr);
+    m_application.setPasteboardText({});
     m_application.disconnect(this);
     m_application.undoManager().disconnect(this);
     m_application.selectionModel()->disconnect(this);
@@ -82,7 +90,7 @@ void openQuicklyPanel::createActions()
     a.undo = WindowActions::make(this, tr("&Undo"), QKeySequence::Undo);
     a.redo = WindowActions::make(this, tr("&Redo"), QKeySequence::Redo);
     a.deleteItem = WindowActions::make(this, tr("&Delete"), QKeySequence::Delete);
-    a.paste = WindowActions::make(this, tr("&Paste"));
+    a.paste = WindowActions::make(this, tr("&Paste"), QKeySequence::Paste);
     a.reload = WindowActions::make(this, tr("Re&load"), QKeySequence::Refresh, QKeySequence(Qt::Key_F5));
     a.showToolbar = WindowActions::make(this, tr("Show &Toolbar"));
     a.showToolbar->setCheckable(true);
@@ -104,6 +112,8 @@ void openQuicklyPanel::createActions()
         connect(remove, &QAction::triggered, app, &openDomain::deleteSelections);
     for (QAction *reload : {a.reload, a.reloadTool})
         connect(reload, &QAction::triggered, app, &openDomain::refresh);
+    // A `defaults write` line on the clipboard applies to its domain.
+    connect(a.paste, &QAction::triggered, this, [app] { app->paste(QGuiApplication::clipboard()->text()); });
 }
 
 void openQuicklyPanel::createApplicationActions()
@@ -128,7 +138,7 @@ void openQuicklyPanel::createMenus()
     QMenu *edit = menuBar()->addMenu(tr("&Edit"));
     edit->addActions({a.undo, a.redo});
     edit->addSeparator();
-    edit->addAction(a.deleteItem);
+    edit->addActions({a.paste, a.deleteItem});
     edit->addSeparator();
     edit->addAction(a.reload);
     edit->addSeparator();
