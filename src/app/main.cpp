@@ -123,10 +123,7 @@ int main(int argc, char **argv)
     documents.setDefaultsTextHooks(&openDomain::willAccept,
                                    [&application](const QString &text) { return application->acceptDrop(text); });
     QObject::connect(application.get(), &openDomain::applyDefaultsRequested, &documents,
-                     [&documents](const QString &path, const PropertyDictionary &entry) {
-                         documents.openDocument(path, false,
-                                                [entry](plistDocument *document) { document->addNewDefaultsValue(entry); });
-                     });
+                     &VXDocumentController::applyDefaults);
 
     const QStringList paths = parser.positionalArguments();
     if (qEnvironmentVariableIsSet("ORVANE_QUIT_WHEN_SHOWN"))

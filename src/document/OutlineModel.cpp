@@ -246,8 +246,9 @@ Qt::ItemFlags OutlineModel::flags(const QModelIndex &index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     // Whether an edit may start is asked of the document when it starts:
-    // refusing beeps, and a boolean toggles instead.
-    return Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemIsEditable;
+    // refusing beeps, and a boolean toggles instead. Every row may be dragged;
+    // where a drop may land is the document's answer during the drag.
+    return Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemIsEditable | Qt::ItemIsDragEnabled;
 }
 
 QVariant OutlineModel::headerData(int section, Qt::Orientation orientation, int role) const

@@ -15,8 +15,9 @@ DuplicateKeySheet::DuplicateKeySheet(const QString &key, const QString &oldValue
     const QFont xml = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     for (QPlainTextEdit *value : {m_ui->duplicateOldValue, m_ui->duplicateNewValue})
         value->setFont(xml);
-    m_ui->duplicateOldValue->setPlainText(oldValue);
-    m_ui->duplicateNewValue->setPlainText(newValue);
+    // The XML between the plist tags starts and ends with a line break.
+    m_ui->duplicateOldValue->setPlainText(oldValue.trimmed());
+    m_ui->duplicateNewValue->setPlainText(newValue.trimmed());
     setProperty("duplicateKey", key);
     QPushButton *replace = m_ui->buttons->addButton(tr("Replace"), QDialogButtonBox::AcceptRole);
     replace->setDefault(true);

@@ -255,7 +255,7 @@ void PrefOV::openClassPopUp()
 
 // ---- drag and drop -------------------------------------------------------------------------
 
-void PrefOV::startDrag(Qt::DropActions supportedActions)
+void PrefOV::startDrag(Qt::DropActions)
 {
     if (!m_document)
         return;
@@ -265,7 +265,7 @@ void PrefOV::startDrag(Qt::DropActions supportedActions)
     auto *drag = new QDrag(this);
     drag->setMimeData(m_document->mimeDataForItems(nodes).release());
     // The document has moved the rows itself when they land here; nothing is removed afterwards.
-    drag->exec(supportedActions & (Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
+    drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
 }
 
 PrefOV::DropSpot PrefOV::dropSpotAt(const QPoint &point) const
@@ -284,7 +284,9 @@ PrefOV::DropSpot PrefOV::dropSpotAt(const QPoint &point) const
     if (point.y() < row.top() + edge)
         return {node->nodeParent() == m_document->treeData().get() ? nullptr : node->nodeParent(), index.row(),
                 QRect(row.left(), row.top() - 1, row.width(), 2)};
-    if (point.y() > row.bottom() - edge && !(node->isGroup() && isExpanded(index)))
+    // Only a group takes a drop onto it; on a leaf the drop goes just after it.
+    const bool below = point.y() > row.bottom() - edge && !(node->isGroup() && isExpanded(index));
+    if (below || !node->isGroup())
         return {node->nodeParent() == m_document->treeData().get() ? nullptr : node->nodeParent(),
                 index.row() + 1, QRect(row.left(), row.bottom(), row.width(), 2)};
     return {node, -1, row.adjusted(0, 0, -1, -1)};

@@ -131,6 +131,11 @@ void VXDocumentController::closeDocument(plistDocument *document)
     }
 }
 
+void VXDocumentController::applyDefaults(const QString &path, const PropertyDictionary &entry)
+{
+    openDocument(path, false, [entry](plistDocument *document) { document->addNewDefaultsValue(entry); });
+}
+
 void VXDocumentController::openDocuments(const QStringList &paths, bool inNewWindow)
 {
     for (const QString &path : paths) {

@@ -41,6 +41,9 @@ public:
 
     // The window of the document at path, made and reading if it was not open.
     VXWindowController *openDocument(const QString &path, bool inNewWindow = false, WhenReady whenReady = {});
+    // A `defaults write` entry for the domain file at path: its document is
+    // opened (or brought forward) and takes the entry once it has its content.
+    void applyDefaults(const QString &path, const PropertyDictionary &entry);
     // The first of paths opens in a new window when asked; the others join it.
     void openDocuments(const QStringList &paths, bool inNewWindow = false);
     // The document goes: its read stops, its tab closes. Nothing is asked.
