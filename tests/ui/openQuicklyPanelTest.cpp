@@ -8,6 +8,7 @@
 #include "domains/ApplicationSettings.h"
 #include "domains/DomainOutlineModel.h"
 #include "domains/SettingsKeys.h"
+#include "document/plistDocument.h"
 #include "domains/openDomain.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PreferencesService.h"
@@ -20,7 +21,9 @@
 #include "ui/openQuicklyPanel.h"
 
 #include <QCheckBox>
+#include <QApplication>
 #include <QFile>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 
@@ -132,6 +135,40 @@ private slots:
         QCOMPARE(browser.topLevelRows(), full);
         QVERIFY(field->text().isEmpty());
         QCOMPARE(browser.application->selectedPaths(), QStringList{chosen});
+    }
+
+    void droppedDefaultsLineOpensItsDomain_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("taken");
+        QTest::newRow("a defaults write line") << u"defaults write com.example.new Count -int 3"_s << true;
+        QTest::newRow("the command not first") << u"# defaults write com.example.new Count -int 3"_s << false;
+    }
+    void droppedDefaultsLineOpensItsDomain()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, taken);
+        Browser browser;
+        QVERIFY(browser.ready());
+        QObject::connect(browser.application.get(), &openDomain::applyDefaultsRequested, &browser.documents,
+                         &VXDocumentController::applyDefaults);
+        QMimeData data;
+        data.setText(text);
+        QWidget *viewport = browser.panel->outlineView()->viewport();
+        const QPoint at(10, 10);
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(viewport, &enter);
+        QCOMPARE(enter.isAccepted(), taken);
+        if (!taken)
+            return;
+        QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(viewport, &drop);
+        const QString path = browser.sandbox.userFolder() + u"/com.example.new.plist"_s;
+        QCOMPARE(QFile::permissions(path) & QFileDevice::Permissions(0x0077), QFileDevice::Permissions());
+        QTRY_COMPARE(browser.documents.documents().size(), 1);
+        plistDocument *document = browser.documents.documents().first();
+        QTRY_COMPARE(document->cachedTreeData()->numberOfChildren(), 1);
+        QCOMPARE(document->cachedTreeData()->childAtIndex(0)->name(), u"Count"_s);
     }
 };
 
