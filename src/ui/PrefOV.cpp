@@ -8,6 +8,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "ui/AppearanceDefaults.h"
+#include "ui/WindowActions.h"
 
 #include <QApplication>
 #include <QHeaderView>
@@ -173,6 +174,10 @@ void PrefOV::drawRow(QPainter *painter, const QStyleOptionViewItem &option, cons
 
 void PrefOV::keyPressEvent(QKeyEvent *event)
 {
+    if (state() != EditingState && WindowActions::isContextMenuKey(*event)) {
+        emit customContextMenuRequested(WindowActions::contextMenuPosition(*this));
+        return;
+    }
     if (state() != EditingState && event->key() == Qt::Key_Down &&
         (event->modifiers() & ~Qt::KeypadModifier) == Qt::AltModifier) {
         openClassPopUp();

@@ -2,7 +2,9 @@
 
 #include "ui/AboutPanel.h"
 
+#include <QAbstractItemView>
 #include <QAction>
+#include <QKeyEvent>
 #include <QApplication>
 #include <QIcon>
 #include <QMenuBar>
@@ -41,6 +43,17 @@ ApplicationActions makeApplicationActions(QWidget *window, const std::function<v
     a.aboutQt->setMenuRole(QAction::AboutQtRole);
     QObject::connect(a.aboutQt, &QAction::triggered, qApp, &QApplication::aboutQt);
     return a;
+}
+
+bool isContextMenuKey(const QKeyEvent &event)
+{
+    return event.key() == Qt::Key_F10 && (event.modifiers() & ~Qt::KeypadModifier) == Qt::ShiftModifier;
+}
+
+QPoint contextMenuPosition(const QAbstractItemView &view)
+{
+    const QRect row = view.visualRect(view.currentIndex());
+    return row.isValid() ? QPoint(row.left() + row.height(), row.center().y()) : QPoint(0, 0);
 }
 
 QMenu *addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar)

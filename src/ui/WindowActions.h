@@ -4,7 +4,10 @@
 
 #include <functional>
 
+class QAbstractItemView;
 class QAction;
+class QKeyEvent;
+class QPoint;
 class QMenu;
 class QMenuBar;
 class QObject;
@@ -28,6 +31,13 @@ struct ApplicationActions {
     QAction *preferences, *getInfo, *about, *aboutQt, *domainBrowser;
 };
 ApplicationActions makeApplicationActions(QWidget *window, const std::function<void()> &showPreferences);
+// Shift+F10, the desktop's other key for the context menu: a view that has
+// one opens it at its current row when this answers true.
+bool isContextMenuKey(const QKeyEvent &event);
+// Where a context menu asked for by the keyboard opens in a view's viewport:
+// at its current row, or its top left when it has none.
+QPoint contextMenuPosition(const QAbstractItemView &view);
+
 // The menus after a window's own File and Edit: View with showToolbar, Window, Help.
 // Answers the Window menu, for the window's own items.
 QMenu *addApplicationMenus(QMenuBar *menuBar, const ApplicationActions &actions, QAction *showToolbar);

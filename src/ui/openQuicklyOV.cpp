@@ -8,6 +8,7 @@
 #include "platform/UserDefaults.h"
 #include "ui/AppearanceDefaults.h"
 #include "ui/DomainItemDelegate.h"
+#include "ui/WindowActions.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -112,6 +113,10 @@ bool openQuicklyOV::event(QEvent *event)
 
 void openQuicklyOV::keyPressEvent(QKeyEvent *event)
 {
+    if (WindowActions::isContextMenuKey(*event)) {
+        emit customContextMenuRequested(WindowActions::contextMenuPosition(*this));
+        return;
+    }
     if (isOpenKey(*event)) {
         m_application.openQuickly();
         return;
