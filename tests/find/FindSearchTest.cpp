@@ -1,15 +1,18 @@
 // The cross-domain find over small preference folders: what it finds, how it
-// counts, how the result tree is labelled and sorted, and which domain a row
-// opens.
+// counts, how the result tree is labelled and sorted; and which domain files
+// the window's selected rows open.
 #include "DomainSandbox.h"
 #include "TestRegistry.h"
 
+#include "find/FindOpening.h"
 #include "find/FindSearch.h"
 #include "find/FindStrings.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 
 #include <QTest>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -52,7 +55,8 @@ class FindSearchTest : public QObject {
 private slots:
     void find_data();
     void find();
-    void openNameIsTheDomainAtTheTop();
+    void opening_data();
+    void opening();
 };
 
 void FindSearchTest::find_data()
@@ -125,21 +129,67 @@ void FindSearchTest::find()
              hits ? u"Found %1 matches in these domains:"_s.arg(hits) : u"No match found."_s);
 }
 
-void FindSearchTest::openNameIsTheDomainAtTheTop()
+void FindSearchTest::opening_data()
 {
-    Account account(
-        {{u"com.a"_s, PropertyDictionary{{u"outer"_s, PropertyDictionary{{u"inner"_s, str(u"hit"_s)}}}}}},
-        {{u"k"_s, str(u"hit"_s)}});
-    const findNodePtr tree = account.find(u"hit"_s).tree;
-    QCOMPARE(tree->childCount(), 2);
-    const findNode *registration = tree->childAt(0);
-    QVERIFY(registration->canOpen());
-    QCOMPARE(registration->openName(), u"NSRegistrationDomain"_s);
-    QCOMPARE(registration->childAt(0)->openName(), u"NSRegistrationDomain"_s);
-    const findNode *deep = tree->childAt(1)->childAt(0)->childAt(0);
-    QCOMPARE(deep->name(), u"inner"_s);
-    QVERIFY(!deep->canOpen() && !deep->nodeParent()->canOpen());
-    QCOMPARE(deep->openName(), u"com.a"_s);
+    QTest::addColumn<QStringList>("rows");    // each row's names from its domain down
+    QTest::addColumn<QStringList>("failing"); // domains whose open gives no document
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QStringList>("calls"); // file name and window of each open, or the info paths
+
+    const QStringList rows{u"com.a/outer/inner"_s, u"com.a/k"_s, u"com.b/x"_s, u"..NSRegistrationDomain/r"_s};
+    QTest::newRow("open: each row its domain, retried once when nothing came")
+        << rows << QStringList{u"com.b"_s} << u"open"_s
+        << QStringList{u"com.a current"_s, u"com.a current"_s, u"com.b current"_s, u"com.b current"_s,
+                       u"NSRegistrationDomain current"_s};
+    QTest::newRow("new window: the first there, later ones opened again only when they opened")
+        << rows << QStringList{u"com.b"_s} << u"new"_s
+        << QStringList{u"com.a new"_s,
+                       u"com.a current"_s,
+                       u"com.a current"_s,
+                       u"com.b current"_s,
+                       u"NSRegistrationDomain current"_s,
+                       u"NSRegistrationDomain current"_s};
+    QTest::newRow("new window: a first row that fails is tried in the current window")
+        << QStringList{u"com.b/x"_s} << QStringList{u"com.b"_s} << u"new"_s
+        << QStringList{u"com.b new"_s, u"com.b current"_s};
+    QTest::newRow("info: each domain file once, in selection order")
+        << rows << QStringList() << u"info"_s
+        << QStringList{u"/p/com.a.plist"_s, u"/p/com.b.plist"_s, u"/p/NSRegistrationDomain.plist"_s};
+}
+
+void FindSearchTest::opening()
+{
+    QFETCH(QStringList, rows);
+    QFETCH(QStringList, failing);
+    QFETCH(QString, command);
+    QFETCH(QStringList, calls);
+    const PropertyList hit(u"v"_s);
+    const findNodePtr tree = findNode::treeFromDefDict(
+        {{u"com.a"_s, PropertyDictionary{{u"k"_s, hit}, {u"outer"_s, PropertyDictionary{{u"inner"_s, hit}}}}},
+         {u"com.b"_s, PropertyDictionary{{u"x"_s, hit}}},
+         {u"..NSRegistrationDomain"_s, PropertyDictionary{{u"r"_s, hit}}}});
+    QList<const findNode *> selected;
+    for (const QString &row : rows) {
+        const findNode *node = tree.get();
+        for (const QString &name : row.split(u'/'))
+            node = std::find_if(node->children().begin(), node->children().end(),
+                                [&name](const findNodePtr &child) { return child->name() == name; })
+                       ->get();
+        selected.append(node);
+    }
+    QStringList log;
+    const FindOpening::Opener opener = [&](const QString &path, bool inNewWindow) {
+        const QString name = path.section(u'/', -1).chopped(6);
+        log << name + (inNewWindow ? u" new"_s : u" current"_s);
+        return !failing.contains(name);
+    };
+    if (command == u"open"_s)
+        FindOpening::openFoundResult(selected, u"/p"_s, opener);
+    else if (command == u"new"_s)
+        FindOpening::openQuicklyInNewWindow(selected, u"/p"_s, opener);
+    else
+        log = FindOpening::infoPaths(selected, u"/p"_s);
+    QCOMPARE(log, calls);
 }
 
 ORVANE_TEST(FindSearchTest)
