@@ -9,6 +9,7 @@
 #include "ui/PrefOV.h"
 #include "ui/VXDocumentController.h"
 #include "ui/VXWindowController.h"
+#include "ui/findController.h"
 #include "ui/openQuicklyOV.h"
 #include "ui/openQuicklyPanel.h"
 
@@ -118,6 +119,14 @@ int main(int argc, char **argv)
         browser->bringForward();
     };
     QObject::connect(&documents, &VXDocumentController::domainBrowserRequested, &app, showBrowser);
+    // The find window too is made when first asked for, and then kept.
+    std::unique_ptr<findController> finder;
+    QObject::connect(&documents, &VXDocumentController::findPanelRequested, &app, [&] {
+        if (!finder)
+            finder = std::make_unique<findController>(documents, PreferencesService::shared(), defaults,
+                                                      NotificationCenter::defaultCenter());
+        finder->bringFindToFront();
+    });
     // A `defaults write` line, dropped or pasted on the browser or pasted into
     // a document, applies to its domain's document.
     documents.setDefaultsTextHooks(&openDomain::willAccept,
@@ -135,6 +144,7 @@ int main(int argc, char **argv)
     const int status = QApplication::exec();
     // Settings changed on the way (preferences, "do not ask again") reach the disk.
     defaults.synchronize();
+    finder.reset();
     browser.reset(); // before the application object it shows
     // Every file given failed, and each has had its dialog.
     return paths.isEmpty() || documents.openedAny() ? status : 1;

@@ -24,6 +24,7 @@ const char kUsage[] =
     "       orvane-plist set FILE KEY... [--class CLASS] [--value TEXT]\n"
     "       orvane-plist print-html FILE\n"
     "       orvane-plist apply [FILE] [-n]\n"
+    "       orvane-plist find TERM\n"
     "\n"
     "lint     checks that each file is a property list (XML, binary or old-style text)\n"
     "convert  writes the file's value in another format; OUT defaults to FILE itself,\n"
@@ -59,7 +60,12 @@ const char kUsage[] =
     "         one line per command, numbered by input line:\n"
     "           N: DOMAIN KEY: added|replaced|merged|unchanged\n"
     "           N: refused: REASON\n"
-    "         -n writes nothing; exit status 1 when any line was refused\n";
+    "         -n writes nothing; exit status 1 when any line was refused\n"
+    "find     searches every domain of the current user for TERM ('#' matches case, '!'\n"
+    "         negates) as the find window does: the result line, then one line per row of\n"
+    "         the result tree, indented two blanks per level below the domains, the name,\n"
+    "         and for a hit a tab and its value as description text; exit status 1 when\n"
+    "         nothing matched\n";
 
 // Writes bytes to a file atomically: the old file stays as it was unless the
 // whole new content reached the disk.
@@ -105,6 +111,8 @@ int PlistTool::run(const QStringList &arguments)
         return set(rest);
     if (command == QLatin1String("print-html"))
         return printHtml(rest);
+    if (command == QLatin1String("find"))
+        return find(rest);
     if (command == QLatin1String("apply"))
         return apply(rest);
     if (command == QLatin1String("-h") || command == QLatin1String("--help") || command == QLatin1String("help")) {

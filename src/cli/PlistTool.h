@@ -36,6 +36,7 @@ private:
     int set(const QStringList &arguments);        // in PlistTool_Document.cpp
     int printHtml(const QStringList &arguments);  // in PlistTool_PrintHtml.cpp
     int apply(const QStringList &arguments);      // in PlistTool_Apply.cpp
+    int find(const QStringList &arguments);       // in PlistTool_Domains.cpp
     // The text of FILE, or of standard input for none or '-'; false, with the
     // reason on the error stream, when it cannot be read.
     bool readTextInput(const QString &path, QString *text);

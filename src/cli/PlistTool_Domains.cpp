@@ -1,10 +1,12 @@
-// orvane-plist domains / read: the preference store as the browser and the
-// documents see it, for scripts.
+// orvane-plist domains / read / find: the preference store as the browser, the
+// documents and the find window see it, for scripts.
 #include "PlistTool.h"
 
 #include "domains/openDomain.h"
 #include "domains/openNode.h"
+#include "find/FindSearch.h"
 #include "platform/PreferencesService.h"
+#include "platform/UserDefaults.h"
 
 namespace {
 
@@ -52,4 +54,14 @@ int PlistTool::readDomain(const QStringList &arguments)
     }
     m_out << value->description() << '\n';
     return 0;
+}
+
+int PlistTool::find(const QStringList &arguments)
+{
+    if (arguments.size() != 1)
+        return usage(QStringLiteral("find takes one search term"));
+    const FindSearch::Result result = FindSearch::find(arguments.first(), PreferencesService::shared(),
+                                                       UserDefaults::standardUserDefaults());
+    m_out << result.resultLine << '\n' << result.tree->outlineText();
+    return result.hits ? 0 : 1;
 }

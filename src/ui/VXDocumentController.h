@@ -70,6 +70,8 @@ signals:
     void documentOpened(VXWindowController *window);
     // Window › Domain Browser in a document window: the application shows its browser.
     void domainBrowserRequested();
+    // Edit › Find in All Domains… in any window: the application shows its one find window.
+    void findPanelRequested();
     void openFailed(const QString &path, const QString &reason);
 
 private:

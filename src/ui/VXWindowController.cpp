@@ -332,6 +332,7 @@ void VXWindowController::createApplicationActions()
             InfoPanel::getInfoForFiles({m_document->fileName()});
     });
     connect(a.domainBrowser, &QAction::triggered, m_controller, &VXDocumentController::domainBrowserRequested);
+    connect(a.findInAllDomains, &QAction::triggered, m_controller, &VXDocumentController::findPanelRequested);
 }
 
 void VXWindowController::createMenus()
@@ -357,6 +358,8 @@ void VXWindowController::createMenus()
     edit->addActions({a.sort, a.reload});
     edit->addSeparator();
     edit->addActions({a.warnOnDelete, a.warnOnDuplicates});
+    edit->addSeparator();
+    edit->addAction(a.findInAllDomains);
     edit->addSeparator();
     edit->addAction(a.preferences);
     QMenu *window = WindowActions::addApplicationMenus(menuBar(), a, a.showToolbar);

@@ -36,6 +36,8 @@ ApplicationActions makeApplicationActions(QWidget *window, const std::function<v
     a.getInfo = make(window, QApplication::translate("WindowActions", "Get &Info"), QKeySequence::UnknownKey,
                      QKeySequence(Qt::CTRL | Qt::Key_I));
     a.domainBrowser = make(window, QApplication::translate("WindowActions", "&Domain Browser"));
+    a.findInAllDomains = make(window, QApplication::translate("WindowActions", "Find in All Domains…"),
+                              QKeySequence::UnknownKey, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F));
     a.about = make(window, QApplication::translate("WindowActions", "&About Orvane"));
     a.about->setMenuRole(QAction::AboutRole);
     QObject::connect(a.about, &QAction::triggered, window, [window] { AboutPanel::showAbout(window); });

@@ -25,10 +25,10 @@ QAction *make(QObject *parent, const QString &title, QKeySequence::StandardKey k
 QAction *tool(QObject *parent, const QString &title, const char *iconName);
 
 // What every window offers of the application as a whole. Preferences and the
-// about panels act alike everywhere; Get Info and Domain Browser are the
-// window's to connect, since what they mean depends on it.
+// about panels act alike everywhere; Get Info, Domain Browser and Find in All
+// Domains are the window's to connect, since what they mean depends on it.
 struct ApplicationActions {
-    QAction *preferences, *getInfo, *about, *aboutQt, *domainBrowser;
+    QAction *preferences, *getInfo, *about, *aboutQt, *domainBrowser, *findInAllDomains;
 };
 ApplicationActions makeApplicationActions(QWidget *window, const std::function<void()> &showPreferences);
 // Shift+F10, the desktop's other key for the context menu: a view that has

@@ -124,6 +124,7 @@ void openQuicklyPanel::createApplicationActions()
     for (QAction *info : {a.getInfo, a.infoTool})
         connect(info, &QAction::triggered, this, &openQuicklyPanel::getInfo);
     connect(a.domainBrowser, &QAction::triggered, this, &openQuicklyPanel::bringForward);
+    connect(a.findInAllDomains, &QAction::triggered, &m_documents, &VXDocumentController::findPanelRequested);
 }
 
 void openQuicklyPanel::createMenus()
@@ -141,6 +142,8 @@ void openQuicklyPanel::createMenus()
     edit->addActions({a.paste, a.deleteItem});
     edit->addSeparator();
     edit->addAction(a.reload);
+    edit->addSeparator();
+    edit->addAction(a.findInAllDomains);
     edit->addSeparator();
     edit->addAction(a.preferences);
     WindowActions::addApplicationMenus(menuBar(), a, a.showToolbar);

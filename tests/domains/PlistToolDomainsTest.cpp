@@ -1,4 +1,4 @@
-// orvane-plist domains and read, run in-process over a sandboxed account.
+// orvane-plist domains, read and find, run in-process over a sandboxed account.
 #include "DomainSandbox.h"
 #include "TestRegistry.h"
 
@@ -20,8 +20,8 @@ class PlistToolDomainsTest : public QObject {
     Q_OBJECT
 private slots:
     void domainsListsTheBrowserRows();
-    void read_data();
-    void read();
+    void readAndFind_data();
+    void readAndFind();
 };
 
 void PlistToolDomainsTest::domainsListsTheBrowserRows()
@@ -38,7 +38,7 @@ void PlistToolDomainsTest::domainsListsTheBrowserRows()
                           + u"ByHost\t"_s + u + u"/ByHost\n  com.h.ID\t"_s + u + u"/ByHost/com.h.ID.plist\n"_s);
 }
 
-void PlistToolDomainsTest::read_data()
+void PlistToolDomainsTest::readAndFind_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("status");
@@ -53,9 +53,17 @@ void PlistToolDomainsTest::read_data()
     QTest::newRow("unknown key") << QStringList{u"read"_s, u"com.example.nokey"_s, u"Nope"_s} << 1 << QString()
                                  << u"has no key 'Nope'"_s;
     QTest::newRow("no domain given") << QStringList{u"read"_s} << 2 << QString() << u"usage:"_s;
+    QTest::newRow("find: result line, then the tree")
+        << QStringList{u"find"_s, u"hello"_s} << 0
+        << u"Found 3 matches in these domains:\n.GlobalPreferences\n  Greeting\tHello there\n"
+           u"com.example.nokey\n  Greeting\tHello there\ncom.example.whole\n  Greeting\tHello there\n"_s
+        << QString();
+    QTest::newRow("find without a match") << QStringList{u"find"_s, u"nowhere"_s} << 1 << u"No match found.\n"_s
+                                          << QString();
+    QTest::newRow("find without a term") << QStringList{u"find"_s} << 2 << QString() << u"usage:"_s;
 }
 
-void PlistToolDomainsTest::read()
+void PlistToolDomainsTest::readAndFind()
 {
     QFETCH(QStringList, arguments);
     QFETCH(int, status);
