@@ -1,5 +1,8 @@
 #include "AppearanceDefaults.h"
 
+#include "domains/SettingsKeys.h"
+#include "platform/UserDefaults.h"
+
 #include <QColor>
 #include <QFont>
 #include <QFontDatabase>
@@ -67,6 +70,17 @@ AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont
 AppearanceDefaults current()
 {
     return fromPalette(QGuiApplication::palette(), QFontDatabase::systemFont(QFontDatabase::GeneralFont));
+}
+
+QFont listFont(const UserDefaults &defaults, QFont base)
+{
+    const QString family = defaults.stringForKey(SettingsKeys::VXTextFont);
+    const double size = defaults.doubleForKey(SettingsKeys::VXTextFontSize);
+    if (!family.isEmpty())
+        base.setFamily(family);
+    if (size > 0)
+        base.setPointSizeF(size);
+    return base;
 }
 
 } // namespace SystemAppearance

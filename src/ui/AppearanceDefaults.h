@@ -5,6 +5,7 @@
 class QColor;
 class QFont;
 class QPalette;
+class UserDefaults;
 
 // Fills the core's AppearanceDefaults from the desktop's palette and fonts, so
 // the registered colour and font defaults follow the user's theme. Named
@@ -28,5 +29,8 @@ QColor backgroundHighlight(const QPalette &palette);
 AppearanceDefaults fromPalette(const QPalette &palette, const QFont &generalFont);
 // From the running application's palette and system font; needs a QGuiApplication.
 AppearanceDefaults current();
+// The list font of the settings (VXTextFont at VXTextFontSize) over base, which
+// stays where a setting is missing.
+QFont listFont(const UserDefaults &defaults, QFont base);
 
 } // namespace SystemAppearance

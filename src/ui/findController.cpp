@@ -10,6 +10,7 @@
 #include "platform/FolderLookup.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
+#include "ui/AppearanceDefaults.h"
 #include "ui/DomainItemDelegate.h"
 #include "ui/InfoPanel.h"
 #include "ui/VXDocumentController.h"
@@ -127,13 +128,7 @@ void findController::showContextMenu(const QPoint &at)
 
 void findController::applyAppearance()
 {
-    QFont font = QApplication::font(m_findOV);
-    const QString family = m_defaults.stringForKey(SettingsKeys::VXTextFont);
-    const double size = m_defaults.doubleForKey(SettingsKeys::VXTextFontSize);
-    if (!family.isEmpty())
-        font.setFamily(family);
-    if (size > 0)
-        font.setPointSizeF(size);
+    const QFont font = SystemAppearance::listFont(m_defaults, QApplication::font(m_findOV));
     m_findOV->setFont(font);
     m_model->redrawAll();
 }

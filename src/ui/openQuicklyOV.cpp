@@ -86,13 +86,7 @@ void openQuicklyOV::applyAppearance()
         }
     }
     setPalette(stripes);
-    QFont font = QApplication::font(this);
-    const QString family = m_defaults.stringForKey(SettingsKeys::VXTextFont);
-    const double size = m_defaults.doubleForKey(SettingsKeys::VXTextFontSize);
-    if (!family.isEmpty())
-        font.setFamily(family);
-    if (size > 0)
-        font.setPointSizeF(size);
+    const QFont font = SystemAppearance::listFont(m_defaults, QApplication::font(this));
     setFont(font);
     viewport()->update();
 }
