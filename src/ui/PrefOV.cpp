@@ -87,11 +87,10 @@ void PrefOV::setDocument(plistDocument *document)
     // widths and order the user gave them, which a new model would reset.
     const bool hadColumns = header()->count() > 0;
     const QByteArray columns = header()->saveState();
-    QItemSelectionModel *made = nullptr;
     setModel(document ? document->outlineModel() : nullptr);
     if (!document)
         return;
-    made = selectionModel();
+    QItemSelectionModel *made = selectionModel();
     setSelectionModel(document->selectionModel());
     if (made && made->parent() == this)
         made->deleteLater();
@@ -286,33 +285,32 @@ PrefOV::DropSpot PrefOV::dropSpotAt(const QPoint &point) const
     const QRect row(0, visualRect(index).top(), viewport()->width(), visualRect(index).height());
     const int edge = std::max(2, row.height() / 4);
     PListNode *node = nodeAt(index);
+    PListNode *parent = node->nodeParent() == m_document->treeData().get() ? nullptr : node->nodeParent();
     if (point.y() < row.top() + edge)
-        return {node->nodeParent() == m_document->treeData().get() ? nullptr : node->nodeParent(), index.row(),
-                QRect(row.left(), row.top() - 1, row.width(), 2)};
+        return {parent, index.row(), QRect(row.left(), row.top() - 1, row.width(), 2)};
     // Only a group takes a drop onto it; on a leaf the drop goes just after it.
     const bool below = point.y() > row.bottom() - edge && !(node->isGroup() && isExpanded(index));
     if (below || !node->isGroup())
-        return {node->nodeParent() == m_document->treeData().get() ? nullptr : node->nodeParent(),
-                index.row() + 1, QRect(row.left(), row.bottom(), row.width(), 2)};
+        return {parent, index.row() + 1, QRect(row.left(), row.bottom(), row.width(), 2)};
     return {node, -1, row.adjusted(0, 0, -1, -1)};
 }
 
-bool PrefOV::offerDrop(QDropEvent *event)
+std::optional<PrefOV::DropSpot> PrefOV::offerDrop(QDropEvent *event)
 {
     m_dropIndicator = QRect();
     if (!m_document || !event->mimeData())
-        return false;
+        return std::nullopt;
     const DropSpot spot = dropSpotAt(event->position().toPoint());
     const bool inside = event->source() == this && !(event->modifiers() & Qt::ControlModifier);
     const Qt::DropAction action = inside ? Qt::MoveAction : Qt::CopyAction;
     if (!(event->possibleActions() & action))
-        return false;
+        return std::nullopt;
     if (!m_document->validateDrop(*event->mimeData(), m_document->sharedNode(spot.item), spot.childIndex))
-        return false;
+        return std::nullopt;
     event->setDropAction(action);
     event->accept();
     m_dropIndicator = spot.indicator;
-    return true;
+    return spot;
 }
 
 void PrefOV::dragEnterEvent(QDragEnterEvent *event)
@@ -344,17 +342,16 @@ void PrefOV::dragLeaveEvent(QDragLeaveEvent *event)
 
 void PrefOV::dropEvent(QDropEvent *event)
 {
-    const bool offered = offerDrop(event);
+    const std::optional<DropSpot> spot = offerDrop(event);
     m_dropIndicator = QRect();
     viewport()->update();
-    if (!offered) {
+    if (!spot) {
         event->ignore();
         return;
     }
-    const DropSpot spot = dropSpotAt(event->position().toPoint());
     const auto kind = event->dropAction() == Qt::MoveAction ? plistDocument::DragType::Move
                                                               : plistDocument::DragType::Copy;
-    if (!m_document->acceptDrop(*event->mimeData(), m_document->sharedNode(spot.item), spot.childIndex, kind))
+    if (!m_document->acceptDrop(*event->mimeData(), m_document->sharedNode(spot->item), spot->childIndex, kind))
         event->ignore();
 }
 

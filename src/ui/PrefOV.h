@@ -2,6 +2,8 @@
 
 #include <QTreeView>
 
+#include <optional>
+
 class plistDocument;
 class PListNode;
 
@@ -71,8 +73,9 @@ private:
         QRect indicator; // a line between rows, or the row's outline
     };
     DropSpot dropSpotAt(const QPoint &point) const;
-    // The drop's kind and whether the document takes it there; shows where.
-    bool offerDrop(QDropEvent *event);
+    // Where the document takes the drop, with its kind set on the event, and
+    // shown; nothing when it is refused there.
+    std::optional<DropSpot> offerDrop(QDropEvent *event);
 
     plistDocument *m_document = nullptr;
     QRect m_dropIndicator;
