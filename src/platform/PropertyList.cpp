@@ -3,6 +3,8 @@
 #include <QHash>
 
 #include <algorithm>
+#include <atomic>
+#include <memory>
 #include <new>
 #include <cmath>
 
@@ -12,34 +14,61 @@ public:
 };
 
 // Most dictionaries in real files are small, and a hash per dictionary costs more
-// than it saves there: the index exists only past kIndexThreshold keys, and
-// smaller ones are searched in order.
+// than it saves there: smaller ones are searched in order, and larger ones get
+// an index the first time a key is looked up in them. Readers append keys they
+// know to be new and never look one up, so a large file read whole carries no
+// index at all until something searches it. Lookups in a shared, unchanging
+// dictionary may come from several threads at once: the index is built aside
+// and published with one compare-and-swap, and a thread that loses the race
+// uses the winner's.
 class PropertyDictionaryData : public QSharedData {
 public:
     static constexpr qsizetype kIndexThreshold = 8;
+    using Index = QHash<QString, qsizetype>;
+
+    PropertyDictionaryData() = default;
+    PropertyDictionaryData(const PropertyDictionaryData &other)
+        : QSharedData(other), keys(other.keys), values(other.values)
+    {
+    }
+    PropertyDictionaryData &operator=(const PropertyDictionaryData &) = delete;
+    ~PropertyDictionaryData() { delete index.load(std::memory_order_relaxed); }
 
     QStringList keys;
     QList<PropertyList> values;
-    QHash<QString, qsizetype> index; // empty while keys.size() <= kIndexThreshold
-    qsizetype expected = 0;          // the size a reader announced, so the index grows once
+    mutable std::atomic<Index *> index{nullptr}; // null until a lookup needs it
 
     qsizetype position(const QString &key) const
     {
         if (keys.size() <= kIndexThreshold)
             return keys.indexOf(key);
-        const auto it = index.constFind(key);
-        return it == index.cend() ? -1 : *it;
+        const Index &lookup = indexForLookup();
+        const auto it = lookup.constFind(key);
+        return it == lookup.cend() ? -1 : *it;
     }
 
-    void rebuildIndex()
+    const Index &indexForLookup() const
     {
-        index.clear();
-        if (keys.size() <= kIndexThreshold)
-            return;
-        index.reserve(std::max(keys.size(), expected));
+        if (Index *built = index.load(std::memory_order_acquire))
+            return *built;
+        auto fresh = std::make_unique<Index>();
+        fresh->reserve(keys.size());
         for (qsizetype i = 0; i < keys.size(); ++i)
-            index.insert(keys.at(i), i);
+            fresh->insert(keys.at(i), i);
+        Index *expected = nullptr;
+        if (index.compare_exchange_strong(expected, fresh.get(), std::memory_order_acq_rel))
+            return *fresh.release();
+        return *expected;
     }
+
+    // Only the owner of an unshared copy changes it, so no lookup runs meanwhile.
+    void noteAppended()
+    {
+        if (Index *built = index.load(std::memory_order_relaxed))
+            built->insert(keys.last(), keys.size() - 1);
+    }
+
+    void dropIndex() { delete index.exchange(nullptr, std::memory_order_relaxed); }
 };
 
 // ---- PropertyArray ---------------------------------------------------------
@@ -115,10 +144,14 @@ void PropertyDictionary::append(const QString &key, const PropertyList &value)
 {
     d->keys.append(key);
     d->values.append(value);
-    if (d->keys.size() == PropertyDictionaryData::kIndexThreshold + 1)
-        d->rebuildIndex();
-    else if (!d->index.isEmpty())
-        d->index.insert(key, d->keys.size() - 1);
+    d->noteAppended();
+}
+
+void PropertyDictionary::appendNew(QString &&key, PropertyList &&value)
+{
+    d->keys.append(std::move(key));
+    d->values.append(std::move(value));
+    d->noteAppended();
 }
 
 bool PropertyDictionary::remove(const QString &key)
@@ -128,7 +161,7 @@ bool PropertyDictionary::remove(const QString &key)
         return false;
     d->keys.removeAt(position);
     d->values.removeAt(position);
-    d->rebuildIndex();
+    d->dropIndex();
     return true;
 }
 
@@ -136,7 +169,6 @@ void PropertyDictionary::reserve(qsizetype count)
 {
     d->keys.reserve(count);
     d->values.reserve(count);
-    d->expected = count;
 }
 
 QStringList PropertyDictionary::sortedKeys() const

@@ -56,6 +56,9 @@ public:
     void insert(const QString &key, const PropertyList &value);
     // Inserts only a new key; false (and nothing changed) when key is there.
     bool insertIfAbsent(const QString &key, const PropertyList &value);
+    // Appends a key the caller knows is not there yet, without looking it up:
+    // readers that keep track of their keys use it to fill large dictionaries.
+    void appendNew(QString &&key, PropertyList &&value);
     bool remove(const QString &key);
     void reserve(qsizetype count);
     // Keys in ascending UTF-16 code-unit order, as the platform's writers list them.
