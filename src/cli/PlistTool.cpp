@@ -149,13 +149,22 @@ int PlistTool::usage(const QString &problem)
     return 2;
 }
 
+ReadResult<PropertyListFile> PlistTool::readKept(const QString &path)
+{
+    m_lastRead = PropertyList();
+    auto result = PropertyListSerialization::readFile(path);
+    if (result)
+        m_lastRead = std::move(result.value.value);
+    return result;
+}
+
 int PlistTool::lint(const QStringList &files)
 {
     if (files.isEmpty())
         return usage(QStringLiteral("lint needs at least one file"));
     int status = 0;
     for (const QString &path : files) {
-        const auto result = PropertyListSerialization::readFile(path);
+        const auto result = readKept(path);
         if (result) {
             m_out << path << ": OK\n";
         } else {
@@ -191,14 +200,14 @@ int PlistTool::convert(const QStringList &arguments)
     if (output.isEmpty())
         output = input;
 
-    const auto result = PropertyListSerialization::readFile(input);
+    const auto result = readKept(input);
     if (!result) {
         m_err << input << ": " << result.errorText() << '\n';
         return 1;
     }
-    const QByteArray bytes = PropertyListSerialization::write(result.value.value, codec->format);
+    const QByteArray bytes = PropertyListSerialization::write(m_lastRead, codec->format);
     if (bytes.isEmpty()) {
-        m_err << input << ": cannot be written: " << PropertyListSerialization::writeProblem(result.value.value) << '\n';
+        m_err << input << ": cannot be written: " << PropertyListSerialization::writeProblem(m_lastRead) << '\n';
         return 1;
     }
     if (output == QLatin1String("-")) {

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <cstdlib>
 
 int main(int argc, char **argv)
 {
@@ -13,5 +14,9 @@ int main(int argc, char **argv)
     const int status = tool.run(app.arguments().mid(1));
     out.flush();
     err.flush();
-    return status;
+    std::fflush(stdout);
+    std::fflush(stderr);
+    // Everything is written; the system takes back the memory of the values
+    // read at once, where destructors would free them one by one.
+    std::_Exit(status);
 }
